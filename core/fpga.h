@@ -1,0 +1,198 @@
+#pragma once
+
+#include "../device/fpgabottom.h"
+#include "../device/records.h"
+#include "../device/selftest.h"
+#include "../display/levelspan.h"
+#include "../measure/calctrans.h"
+#include "../measure/irpara.h"
+#include "../measure/reading.h"
+#include "../measure/temphandler.h"
+#include "../measure/tempinfotab.h"
+
+#include <QString>
+
+namespace irmcore {
+struct Window;
+}
+
+/// The camera, as a host sees it. A host constructs one `FPGA` in a process, uses it from one
+/// thread, and destroys it last; all of this class is bound to that thread. The register operations
+/// of `FPGABottom` are methods of it too.
+///
+/// Construction never fails: a missing device is reported by the part that misses it, a missing
+/// file gives defaults. Traces go to standard output, failures of system calls to standard error.
+///
+/// Terms: the *system parameters* are those set for the whole picture; a query can bring its own.
+/// The *window* is the span of counts that the picture's colours cover, from the level to level +
+/// span. The *limits* are the counts between which the automatic window stays.
+class [[gnu::visibility("default")]] FPGA : public FPGABottom {
+public:
+    // --- life and versions: core/fpga_startup.cpp, core/fpga.cpp ---
+
+    /// Opens the device, loads the calibration table of the mounted lens and the range last
+    /// chosen, brings the shutter term up to date, loads the system parameters, and takes over the
+    /// window that the FPGA is showing.
+    FPGA();
+    ~FPGA();
+
+    /// "QRV20180705.2.00".
+    QString getDllVersion();
+    /// The detector core's FPGA version; empty until it is known.
+    QString getCoreFPGAVerisonStr();
+    /// The detector core's CPU version; empty until it is known.
+    QString getCoreCpuVerisonStr();
+    /// Command generation of the detector core, 1.
+    int getCoreVersionNum();
+    /// Index of the lens as last read, -1 when there was none; the FPGA is not asked.
+    int getLenIndex();
+    /// Mode of the LCD, see `fpga_start_arm_lcd`.
+    unsigned char start_arm_lcd(char value);
+    /// The calibration table and drift terms in force; owned by this object.
+    IRPara& getIRPara();
+
+    // --- parameter file: core/fpga_settings.cpp ---
+
+    /// Loads all system parameters from "Parameter/Setting" and applies them to both models.
+    void setSystemTempPara();
+    /// Loads emissivity, distance and offset from "Parameter/Setting" without applying them.
+    void readTempSetup();
+
+    // --- temperature range: core/fpga_range.cpp ---
+
+    /// Limits of the measuring range in °C, for both models.
+    void setTempRangeMinMax(int min, int max);
+
+    // --- sensor and shutter temperature: device/fpga_tracking.cpp ---
+
+    /// Takes `t` (°C) as the sensor's reference temperature. The flag is not used.
+    void setSensorTemp(float t, bool);
+    float getSensorTemp();
+    /// Takes the shutter temperature in °C; nothing else follows from it.
+    void setShutterTemp(float t);
+    float getShutterTemp();
+    /// Takes the lens temperature in °C, for the calibration table's record too.
+    void setLenTemp(float t);
+    float getLenTemp();
+    /// The shutter temperature in °C that the shutter term comes from.
+    float getModifyShutterTemp();
+    /// Reads shutter and sensor temperature, reloads the calibration table, and takes their mean,
+    /// the inside temperature, as the one that the shutter term comes from; the limits follow.
+    /// While the picture is frozen the term and the limits wait. The flag is not used.
+    void updateShutterTemp(bool);
+
+    // --- calibration tables: measure/fpga_tablefiles.cpp ---
+
+    /// A copy of the table in force, with the temperatures in use.
+    TempInfoTab getTempInfoTab();
+    /// Loads and installs the table of a lens and range, or its fallback; the limits follow. What
+    /// is missing or unreadable in the file takes its default. Returns 0.
+    int setSystemAdToTempTab(int lens, int range);
+    /// Takes the range from "Parameter/Setting" and loads its table for the current lens. Returns
+    /// 0.
+    int setSystemAdToTempTab();
+    /// Fills `tab` from a table file; what the file does not give is left as it is. A count of
+    /// entries outside 0 to 60 is taken as the nearer end. Returns 1; null pointers change nothing.
+    int readTable(const char* fileName, TempInfoTab* tab);
+
+    // --- measurement parameters: measure/fpga_parameters.cpp ---
+
+    /// Takes the system parameters. They are stored, and applied if their model accepts them; the
+    /// limits follow. Returns 1.
+    int setSystemTempSetup(TempSetup setup);
+    /// The system parameters that are applied.
+    TempSetup getSystemTempSetup();
+    /// Air temperature in °C, for both models; the limits follow.
+    void setEnvTemp(float t);
+    /// Relative humidity as a fraction, for both models; the limits follow.
+    void setHumid(float humid);
+    /// Temperature of the reflected surroundings in °C, for both models; the limits follow.
+    void setReflecTemp(float t);
+    /// Calibration mode, for both models: readings also carry `biaoDingTemp`.
+    void startBiaoDing(bool on);
+
+    // --- queries: measure/fpga_queries.cpp ---
+
+    /// The count at `pt`, measured with spot slot `index` & 255; 0 when that fails.
+    unsigned int getSpotAD(int index, _fpga_point& pt);
+    /// A spot's temperature. `type` 0: at `pt`, with spot slot `index` & 255; 1: the frame's
+    /// hottest point, 2: its coldest, whose position is put into `pt`. `setup` counts with
+    /// `PARA_CUSTOM`. Returns 0; -1 for a negative index or another type (nothing is written), and
+    /// when the FPGA does not take the position or deliver the point ("NULL" in `out`'s status;
+    /// `pt` becomes (0, 0) for types 1 and 2).
+    int getSpotTemp(int index, int type, ParaMode_t mode, TempSetup const& setup, _fpga_point& pt,
+                    IrTempStru& out);
+    /// The temperature at `pt` on line 1 or 2, measured with spot slot 4 or 5 (0 for another line).
+    /// Returns 0, or -1 with "NULL" in `out`'s status.
+    int getLineTemp(int line, ParaMode_t mode, TempSetup const& setup, _fpga_point& pt,
+                    IrTempStru& out);
+    /// Highest, lowest and mean reading of the area, measured with area slot `index` & 255. A count
+    /// whose read failed is 0. Returns 0, or -1 with nothing written when the area is refused.
+    int getAreaTemp(int index, _area& area, ParaMode_t mode, TempSetup const& setup, _area_val& val,
+                    Area_Temp& out);
+    /// Readings at the two ends of the window; a null pointer is passed over.
+    void getMinMaxTemp(IrTempStru * minOut, IrTempStru * maxOut);
+    /// Places the window from the frame's extremes and mean, then reports its ends likewise.
+    void getAutoMinMaxTemp(IrTempStru * minOut, IrTempStru * maxOut);
+
+    // --- level and span: display/fpga_levelspan.cpp ---
+
+    /// Keeps the mode for those who ask for it; does not move the window.
+    void setLevelSpanMode(Mode_t mode);
+    /// Does nothing.
+    void autoLevel(float);
+    /// Does nothing.
+    void autoSpan(float);
+    /// One step of the automatic window: `LEVELSPAN_AUTO` from the frame's extremes and mean,
+    /// `LEVELSPAN_ZFT` from its histogram; other modes leave it. With `smooth` a quarter of the new
+    /// window is mixed with three quarters of the old. The first call in a process takes the window
+    /// over from the FPGA.
+    void calcLevelSpan(Mode_t mode, bool smooth);
+    /// Lays the window between two object temperatures in °C, without limits. Returns 1, also when
+    /// a temperature cannot be converted and the window stays.
+    int handLevelSpan(float minTemp, float maxTemp);
+    /// Takes over the window that the FPGA's own control shows, then gives control to the library
+    /// (`on`) or back to the FPGA. Returns the transfer result of the latter.
+    unsigned char startLevelSpanControl(bool on);
+
+protected:
+    TempHandler* m_sysTempHandler;   ///< the system parameters' model; owned
+    TempHandler* m_queryTempHandler; ///< the model of queries with their own parameters; owned
+    unsigned short m_level;          ///< lower end of the window, AD
+    unsigned short m_span;           ///< width of the window, AD
+    TempSetup m_sysTempSetup;        ///< the system parameters as last given
+    Mode_t m_levelSpanMode;
+    TempSetup m_fileTempSetup; ///< copy of the above by `readTempSetup`
+    float m_lenTemp;           ///< °C
+    float m_shutterTemp;       ///< °C
+    float m_sensorTemp;        ///< reference, °C
+    int m_lenIndex;
+    int m_tempRange;
+    TempInfoTab m_tempInfoTab; ///< the table as loaded
+    int m_coreVersionNum;
+    float m_deltaTemp;         ///< drift since the reference, °C
+    bool m_freeze;             ///< whether the picture is frozen, as last seen
+    float m_modifyShutterTemp; ///< corrected shutter temperature of the last update, °C
+    QString m_coreCpuVersionStr;
+    QString m_coreFPGAVersionStr;
+    IRPara m_irPara;
+
+private:
+    /// Sets the limits from the ends of a range, with the system parameters.
+    [[gnu::visibility("hidden")]] void updateLevelSpanLimits(int range);
+    /// The window over the frame's extremes and mean, or over its histogram, within the limits.
+    [[gnu::visibility("hidden")]] irmcore::Window frameWindow(int minSpan);
+    [[gnu::visibility("hidden")]] irmcore::Window histogramWindow(int minSpan);
+    /// Makes `window` the window in force.
+    [[gnu::visibility("hidden")]] void placeWindow(irmcore::Window window);
+    /// The model of `mode`, with `setup` applied if it is the queries'.
+    [[gnu::visibility("hidden")]] TempHandler& handlerFor(ParaMode_t mode, TempSetup const& setup);
+    /// The two ends of the window, the upper first.
+    [[gnu::visibility("hidden")]] void readWindowEnds(IrTempStru * minOut, IrTempStru * maxOut);
+
+    struct Private;
+    Private* m_private; ///< room for state of the library's own: keeps the object's size
+};
+
+/// Not used by the library; for the host.
+[[gnu::visibility("default")]] extern TempSetup m_tempsetup;

@@ -1,0 +1,77 @@
+#pragma once
+
+#include <QSettings>
+#include <QString>
+
+/// The configuration files: every group, key and default, once. All paths are relative to the
+/// working directory; a missing file or key is no error and gives the default. A value that is
+/// there but is no number reads as 0. The library only reads these files.
+namespace irmcore::settings {
+
+// clang-format off
+
+/// The camera's persistent configuration.
+inline constexpr char file[] = "Parameter/Setting";
+
+inline constexpr char calibrationGroup[] = "BiaoDing";
+inline constexpr char tempRange[]        = "TempRange"; // index of the measuring range
+inline constexpr int  defaultTempRange   = 0;
+
+inline constexpr char   parameterGroup[] = "GlobalPara";
+inline constexpr char   emiss[]          = "Emiss";     // fraction
+inline constexpr double defaultEmiss     = 0.95;
+inline constexpr char   distance[]       = "Distan";    // m
+inline constexpr double defaultDistance  = 5.0;
+inline constexpr char   offset[]         = "Offset";    // °C
+inline constexpr double defaultOffset    = 0.0;
+inline constexpr char   envTemp[]        = "Env";       // °C
+inline constexpr double defaultEnvTemp   = 25.0;
+inline constexpr char   humid[]          = "Humid";     // fraction
+inline constexpr double defaultHumid     = 0.6;
+inline constexpr char   reflecTemp[]     = "Reflec";    // °C
+inline constexpr double defaultReflecTemp = 25.0;
+
+/// A calibration table, by lens index and range index, and its fallback.
+inline constexpr char tableFile[]         = "etc/calc_len%d_temp%d.conf";
+inline constexpr char tableFallbackFile[] = "etc/calc_len%d_temp%d_default.conf";
+inline constexpr int  tableFileBytes      = 50; // of a path, its end included
+
+inline constexpr char scalarGroup[]  = "ParaSet";
+inline constexpr char maxAd[]        = "MaxAD";    // hexadecimal
+inline constexpr char defaultMaxAd[] = "0xFFFF";
+inline constexpr char minAd[]        = "MinAD";    // hexadecimal
+inline constexpr char defaultMinAd[] = "0";
+inline constexpr char baseTemp[]     = "BaseTemp"; // °C
+inline constexpr int  defaultBaseTemp = 30;
+inline constexpr char minTemp[]      = "MinTemp";  // °C, first key of the entries
+inline constexpr int  defaultMinTemp = 0;
+inline constexpr char maxTemp[]      = "MaxTemp";  // °C, last key of the entries
+inline constexpr int  defaultMaxTemp = 0;
+inline constexpr char tempNum[]      = "TempNum";  // number of entries
+inline constexpr int  defaultTempNum = 0;
+
+inline constexpr char entryGroup[]   = "Temp2AD";  // keys are °C in decimal, values hexadecimal
+inline constexpr int  entryStep      = 10;         // °C from key to key
+
+// clang-format on
+
+/// An INI file opened for one reading operation, so that what was written in the meantime is seen.
+class File {
+public:
+    /// Opens `path`. A file written within the last hundredth of a second is given that time first:
+    /// QSettings takes a file of the same size and time stamp for unchanged, and a second writer
+    /// within the stamp's resolution would go unnoticed. (On a file system whose stamps are whole
+    /// seconds, a rewrite of the same length within one second still can.)
+    explicit File(const char* path);
+
+    int integer(const QString& key, int fallback) const;
+    float number(const char* key, double fallback) const;
+    /// The low 16 bits of a hexadecimal text, with or without 0x; 0 when it is none.
+    unsigned short hexadecimal(const QString& key, const char* fallback) const;
+    QSettings* operator->() { return &m_settings; }
+
+private:
+    QSettings m_settings;
+};
+
+} // namespace irmcore::settings
