@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QStringList>
+
+/// The subcommands of `irmcore`. Each takes its own words (the first is its name), prints help or
+/// what is wrong with them, and returns the program's exit code.
+namespace irmcore::app {
+
+enum ExitCode : int {
+    exitClean = 0,
+    exitWarnings = 1,
+    exitErrors = 2, ///< the work could not be done, or a result is wrong
+    exitUsage = 3,
+};
+
+int runDemo(const QStringList& words);
+int runSim(const QStringList& words);
+
+/// Puts one line on standard error: "irmcore: " and the text.
+void complain(const QString& text);
+
+} // namespace irmcore::app

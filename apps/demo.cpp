@@ -1,0 +1,79 @@
+#include "accuracy.h"
+#include "bench.h"
+#include "commands.h"
+#include "demoplan.h"
+#include "report.h"
+#include "results.h"
+#include "scenereadings.h"
+
+#include <algorithm>
+
+namespace irmcore::app {
+
+namespace {
+
+/// How far readings may be off, in °C: what the table's steps and whole counts cost at emissivity
+/// 0.95 and 5 m, and more where less of the object's radiation reaches the detector.
+double boundFor(const irmsim::Detector& detector) {
+    constexpr double easiest = 0.20;
+    constexpr double easiestShare = 0.95 * 0.998465; // emissivity and transmission
+    const double share = detector.surroundings().emissivity * detector.transmission();
+    return easiest * std::max(1.0, easiestShare / share);
+}
+
+int measure(const DemoPlan& plan, std::FILE* out) {
+    Bench bench(plan.scene, plan.surroundings, plan.range);
+    if (!bench.error().isEmpty()) {
+        complain(bench.error());
+        return exitErrors;
+    }
+    const std::vector<Reading> readings = measureScene(bench);
+    const RangeLimits range = limitsOfRange(plan.range);
+    const double bound = boundFor(bench.camera().detector());
+    const auto wrong = std::count_if(readings.begin(), readings.end(),
+                                     [&](const Reading& r) { return !isRight(r, range, bound); });
+    if (plan.json) {
+        printJson(out, readings);
+    } else {
+        std::fprintf(out, "Scene %dx%d, %.1f to %.1f °C, range %d (%d to %d °C)\n",
+                     plan.scene.width(), plan.scene.height(), plan.scene.min(), plan.scene.max(),
+                     plan.range, range.min, range.max);
+        printTable(out, readings, range, bound);
+        std::fprintf(out, "%zu readings, %td outside the bound of %.2f °C\n", readings.size(),
+                     static_cast<std::ptrdiff_t>(wrong), bound);
+    }
+    return wrong == 0 ? exitClean : exitErrors;
+}
+
+int sweepRanges(const DemoPlan& plan, std::FILE* out) {
+    QString error;
+    const std::vector<Accuracy> sweeps = sweep(error);
+    if (!error.isEmpty()) {
+        complain(error);
+        return exitErrors;
+    }
+    if (plan.json)
+        printJson(out, sweeps);
+    else
+        printTable(out, sweeps);
+    const bool right = std::all_of(sweeps.begin(), sweeps.end(),
+                                   [](const Accuracy& a) { return a.worst <= a.bound; });
+    return right ? exitClean : exitErrors;
+}
+
+} // namespace
+
+int runDemo(const QStringList& words) {
+    int exitCode = exitUsage;
+    const std::optional<DemoPlan> plan = parseDemo(words, exitCode);
+    if (!plan)
+        return exitCode;
+    const Results results(plan->verbose);
+    if (results.stream() == nullptr) {
+        complain(QStringLiteral("standard output is closed"));
+        return exitErrors;
+    }
+    return plan->accuracy ? sweepRanges(*plan, results.stream()) : measure(*plan, results.stream());
+}
+
+} // namespace irmcore::app

@@ -1,0 +1,64 @@
+// The command `irmcore`: the library's tools in one program.
+#include "commands.h"
+
+#include <QCoreApplication>
+
+#include <array>
+#include <clocale>
+#include <cstdio>
+
+namespace app = irmcore::app;
+
+namespace {
+
+struct Command {
+    const char* name;
+    const char* summary;
+    int (*run)(const QStringList& words);
+};
+
+constexpr std::array commands{
+    Command{"demo", "measure a scene on the simulated camera", app::runDemo},
+    Command{"sim", "the simulated camera: write its sample directory", app::runSim},
+};
+
+void printHelp(std::FILE* to) {
+    std::fputs("Usage: irmcore COMMAND [OPTIONS]\n\nCommands:\n", to);
+    for (const Command& command : commands)
+        std::fprintf(to, "  %-8s %s\n", command.name, command.summary);
+    std::fputs("\n'irmcore COMMAND --help' says more. Exit codes: 0 clean, 1 warnings, 2 errors, "
+               "3 wrong usage.\n",
+               to);
+}
+
+} // namespace
+
+void app::complain(const QString& text) {
+    std::fprintf(stderr, "irmcore: %s\n", text.toLocal8Bit().constData());
+}
+
+int main(int argc, char** argv) {
+    const QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("irmcore"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(IRMCORE_VERSION));
+    std::setlocale(LC_NUMERIC, "C"); // numbers carry a point whatever the user's language
+    const QStringList words = QCoreApplication::arguments().mid(1);
+    if (words.isEmpty()) {
+        printHelp(stderr);
+        return app::exitUsage;
+    }
+    const QString& name = words.constFirst();
+    if (name == QLatin1String("--help") || name == QLatin1String("-h")) {
+        printHelp(stdout);
+        return app::exitClean;
+    }
+    if (name == QLatin1String("--version")) {
+        std::printf("irmcore %s\n", IRMCORE_VERSION);
+        return app::exitClean;
+    }
+    for (const Command& command : commands)
+        if (name == QLatin1String(command.name))
+            return command.run(words);
+    app::complain(QStringLiteral("there is no command '%1'; see irmcore --help").arg(name));
+    return app::exitUsage;
+}

@@ -1,0 +1,33 @@
+# Shared by the scripts: sourced, not run.
+set -euo pipefail
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+
+# What building and testing takes on Debian 12.
+build_packages=(g++ cmake ninja-build qt6-base-dev libgtest-dev)
+
+# Installs those of the named Debian packages that are missing.
+need() {
+    local missing=() package
+    for package in "$@"; do
+        [ "$(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null)" = installed ] ||
+            missing+=("$package")
+    done
+    [ ${#missing[@]} -eq 0 ] && return
+    local as_root=()
+    if [ "$(id -u)" -ne 0 ]; then
+        command -v sudo >/dev/null || {
+            echo "missing: ${missing[*]}; install them, or run this as root" >&2
+            exit 2
+        }
+        as_root=(sudo)
+    fi
+    echo "installing ${missing[*]}" >&2
+    "${as_root[@]}" apt-get update -q >&2
+    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+        apt-get install -q -y --no-install-recommends "${missing[@]}" >&2
+}
+
+# Configures and builds a preset. Everything it says goes to standard error.
+build() {
+    (cd "$root" && cmake --preset "$1" && cmake --build --preset "$1") >&2
+}
