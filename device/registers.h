@@ -178,8 +178,8 @@ inline constexpr Block frame{0x4000, 38400, "frame", "AD, 16 bits a pixel"};
 
 // clang-format on
 
-inline constexpr std::size_t framePixels160 = 160 * 120;
-inline constexpr std::size_t framePart384 = 27648; ///< bytes of one of the eight parts
+inline constexpr std::size_t framePixels160 = 19200; // 160 x 120
+inline constexpr std::size_t framePart384 = 27648;   ///< bytes of one of the eight parts
 inline constexpr std::size_t frameParts384 = 8;
 
 /// The gain register holds a span as this number divided by it.
