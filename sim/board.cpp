@@ -1,10 +1,9 @@
 #include "board.h"
 
-#include "climate.h"
 #include "device/registers.h"
+#include "window.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstring>
 
 namespace irmsim {
@@ -21,66 +20,9 @@ constexpr std::size_t partedBytes = reg::framePart384 * reg::frameParts384;
 static_assert(partedBytes == std::size_t{2} * partedWidth * partedHeight);
 static_assert(reg::frame.length == std::size_t{2} * wholeWidth * wholeHeight);
 
-/// The least span that the FPGA's own window takes: the gain of a lower one exceeds its register.
-constexpr std::int32_t leastSpan = 65;
-static_assert(reg::gainOfSpanOne / leastSpan <= 0xFFFF);
-
-constexpr std::uint32_t areaBlock = 64;
-constexpr std::uint32_t pointBlock = 16;
 constexpr unsigned allBounds = 0xF;
 
-bool meet(std::uint32_t a, std::size_t aLength, std::uint32_t b, std::size_t bLength) {
-    return a < b + bLength && b < a + aLength;
-}
-
-/// A temperature register's word: °C · 256, to the nearest step.
-std::uint16_t temperatureWord(double celsius) {
-    const double steps = std::fmin(std::fmax(std::round(celsius * 256.0), -32768.0), 32767.0);
-    return static_cast<std::uint16_t>(static_cast<std::int16_t>(steps));
-}
-
 } // namespace
-
-/// The bytes that one transfer reads.
-class Board::Window {
-public:
-    Window(std::uint32_t address, std::uint8_t* bytes, std::size_t length)
-        : m_address(address), m_bytes(bytes), m_length(length) {}
-
-    bool covers(std::uint32_t address, std::size_t length) const {
-        return meet(m_address, m_length, address, length);
-    }
-
-    void put(std::uint32_t address, const std::uint8_t* bytes, std::size_t length) {
-        if (!covers(address, length))
-            return;
-        for (std::size_t i = 0; i < length; ++i)
-            if (address + i >= m_address && address + i - m_address < m_length)
-                m_bytes[address + i - m_address] = bytes[i];
-    }
-
-    /// The value of a register, as wide as it is read.
-    template <typename R, typename W>
-    void put(const reg::Register<R, W>& r, std::uint64_t value) {
-        putValue(r.address, value, reg::wireWidth<R>());
-    }
-    template <typename R, typename W>
-    void put(const reg::Register<R, W>& r, unsigned offset, std::uint64_t value) {
-        putValue(r.address + offset, value, reg::wireWidth<R>());
-    }
-
-private:
-    void putValue(std::uint32_t address, std::uint64_t value, std::size_t width) {
-        std::array<std::uint8_t, 8> bytes{};
-        for (std::size_t i = 0; i < width; ++i)
-            bytes[i] = static_cast<std::uint8_t>(value >> (8 * i));
-        put(address, bytes.data(), width);
-    }
-
-    std::uint32_t m_address;
-    std::uint8_t* m_bytes;
-    std::size_t m_length;
-};
 
 Board::Board(const Scene& scene, const Detector& detector)
     : m_scene(scene), m_detector(detector), m_bins(0x10000), m_stream(partedBytes) {
@@ -90,11 +32,13 @@ Board::Board(const Scene& scene, const Detector& detector)
 }
 
 long Board::read(std::uint32_t address, void* buf, std::size_t len) {
+    if (len == 0)
+        return 0;
     auto* out = static_cast<std::uint8_t*>(buf);
     Window window(address, out, len);
     if (address == reg::frame.address) {
         readFrame(out, len);
-    } else if (len > 0) {
+    } else {
         std::memset(out, 0, len);
         window.put(0, m_kept.data(), m_kept.size());
         answerStatistics(window);
@@ -120,24 +64,21 @@ long Board::write(std::uint32_t address, const void* buf, std::size_t len) {
 }
 
 void Board::readFrame(std::uint8_t* out, std::size_t len) {
-    const Frame& now = m_part == 0 ? frame() : m_frame;
     if (len == reg::framePart384) {
         if (m_part == 0)
-            deliver(now, partedWidth, partedHeight, m_stream.data());
+            deliver(frame(), partedWidth, partedHeight, m_stream.data());
         std::memcpy(out, m_stream.data() + m_part * len, len);
         m_part = (m_part + 1) % reg::frameParts384;
         if (m_part == 0)
             nextFrame();
         return;
     }
-    m_part = 0;
-    frame();
-    deliver(m_frame, wholeWidth, wholeHeight, m_stream.data());
+    restartFrame();
+    deliver(frame(), wholeWidth, wholeHeight, m_stream.data());
     const std::size_t whole = reg::frame.length;
-    if (len > 0) {
-        std::memset(out, 0, len);
-        std::memcpy(out, m_stream.data(), std::min(len, whole));
-    }
+    std::memcpy(out, m_stream.data(), std::min(len, whole));
+    if (len > whole)
+        std::memset(out + whole, 0, len - whole);
     if (len == whole)
         nextFrame();
 }
@@ -172,10 +113,6 @@ void Board::nextFrame() {
 
 std::uint8_t Board::kept(std::uint32_t address) const {
     return address < m_kept.size() ? m_kept[address] : std::uint8_t{0};
-}
-
-std::uint16_t Board::word(std::uint32_t address) const {
-    return static_cast<std::uint16_t>(kept(address) | kept(address + 1) << 8);
 }
 
 const Frame& Board::frame() {
@@ -213,92 +150,6 @@ const Frame& Board::frame() {
     return m_frame;
 }
 
-void Board::refreshStatistics() {
-    const Frame& now = frame();
-    if (m_measured == m_frameStamp)
-        return;
-    m_whole = measure(now, {0, 0, now.width - 1, now.height - 1});
-    const int marginX = now.width / 8;
-    const int marginY = now.height / 8;
-    m_shown = measure(now, {marginX, marginY, now.width - 1 - marginX, now.height - 1 - marginY});
-    m_peak = histogramPeak(now, m_bins);
-    m_measured = m_frameStamp;
-}
-
-void Board::answerStatistics(Window& window) {
-    constexpr std::uint32_t first = reg::frameMax.address;
-    constexpr std::uint32_t end = reg::histogramPeak.address + 2U;
-    if (!window.covers(first, end - first))
-        return;
-    refreshStatistics();
-    window.put(reg::frameMax, m_whole.max.ad);
-    window.put(reg::frameMin, m_whole.min.ad);
-    window.put(reg::adSum, m_whole.sum);
-    window.put(reg::shownMax, m_shown.max.ad);
-    window.put(reg::shownMin, m_shown.min.ad);
-    window.put(reg::frameMaxX, m_whole.max.x);
-    window.put(reg::frameMaxY, m_whole.max.y);
-    window.put(reg::frameMinX, m_whole.min.x);
-    window.put(reg::frameMinY, m_whole.min.y);
-    window.put(reg::shownMaxX, m_shown.max.x);
-    window.put(reg::shownMaxY, m_shown.max.y);
-    window.put(reg::shownMinX, m_shown.min.x);
-    window.put(reg::shownMinY, m_shown.min.y);
-    window.put(reg::pixelCount, m_whole.pixels);
-    const std::int32_t span = std::max(m_whole.max.ad - m_whole.min.ad, leastSpan);
-    window.put(reg::fpgaLevel, m_whole.min.ad);
-    window.put(reg::fpgaGain, static_cast<std::uint64_t>(reg::gainOfSpanOne / span));
-    window.put(reg::histogramMax, m_whole.max.ad);
-    window.put(reg::histogramMin, m_whole.min.ad);
-    window.put(reg::histogramPeak, m_peak);
-}
-
-void Board::answerPoints(Window& window) {
-    for (unsigned i = 0; i < m_points.size(); ++i) {
-        const auto result = reg::pointAd.at(i);
-        if (!m_points[i] || !window.covers(result.address, 2))
-            continue;
-        const std::uint32_t position = reg::pointPosition.at(i).address;
-        window.put(result, ad(word(position), word(position + 2)));
-    }
-}
-
-void Board::answerAreas(Window& window) {
-    for (unsigned i = 0; i < m_areas.size(); ++i) {
-        Area& area = m_areas[i];
-        const std::uint32_t bounds = reg::areaBounds.at(i).address;
-        if (!area.alive || !window.covers(bounds, areaBlock))
-            continue;
-        frame();
-        if (area.measured != m_frameStamp) {
-            area.values = measure(
-                m_frame, {word(bounds), word(bounds + 2), word(bounds + 4), word(bounds + 6)});
-            area.measured = m_frameStamp;
-        }
-        const Statistics& v = area.values;
-        window.put(reg::areaMax.at(i), v.max.ad);
-        window.put(reg::areaMin.at(i), v.min.ad);
-        window.put(reg::areaAvg.at(i), v.mean());
-        window.put(reg::areaPos.at(i), 0, v.max.x);
-        window.put(reg::areaPos.at(i), 2, v.max.y);
-        window.put(reg::areaPos.at(i), 4, v.min.x);
-        window.put(reg::areaPos.at(i), 6, v.min.y);
-    }
-}
-
-void Board::answerSensors(Window& window) const {
-    const unsigned power = m_power ? 1U << reg::detectorPowerBit : 0U;
-    window.put(reg::detectorState, power | m_lensCode);
-    window.put(reg::shutterTemp, temperatureWord(m_detector.shutterTemp()));
-    window.put(reg::sensorTemp, temperatureWord(m_detector.sensorTemp()));
-    if (window.covers(reg::sht11Temp.address, 4)) {
-        const Surroundings& air = m_detector.surroundings();
-        window.put(reg::sht11Temp, climateTemperatureWord(air.envTemp));
-        window.put(reg::sht11Humid, climateHumidityWord(air.envTemp, air.humidity));
-    }
-    window.put(reg::version.address, m_version.data(), m_version.size());
-}
-
 void Board::takeOwnership(std::uint32_t address, std::size_t len) {
     for (unsigned i = 0; i < m_points.size(); ++i) {
         if (len == 4 && address == reg::pointPosition.at(i).address) {
@@ -315,7 +166,7 @@ void Board::takeOwnership(std::uint32_t address, std::size_t len) {
         area.boundsSeen |= 1U << ((address - block) / 2);
         area.measured = 0;
         if (area.boundsSeen == allBounds && !area.alive) {
-            endPointsIn(block, areaBlock);
+            endPointsIn(block, reg::areaBounds.stride);
             area.alive = true;
         }
         return;
@@ -326,13 +177,13 @@ void Board::takeOwnership(std::uint32_t address, std::size_t len) {
 
 void Board::endPointsIn(std::uint32_t address, std::size_t len) {
     for (unsigned i = 0; i < m_points.size(); ++i)
-        if (meet(reg::pointPosition.at(i).address, pointBlock, address, len))
+        if (meet(reg::pointPosition.at(i).address, reg::pointPosition.stride, address, len))
             m_points[i] = false;
 }
 
 void Board::endAreasIn(std::uint32_t address, std::size_t len) {
     for (unsigned i = 0; i < m_areas.size(); ++i)
-        if (meet(reg::areaBounds.at(i).address, areaBlock, address, len))
+        if (meet(reg::areaBounds.at(i).address, reg::areaBounds.stride, address, len))
             m_areas[i] = Area{};
 }
 

@@ -12,6 +12,8 @@
 
 namespace irmsim {
 
+class Window;
+
 /// The FPGA's register file over a scene and a detector. What the FPGA measures is worked out when
 /// it is read; every other register keeps what was written. Addresses that hold nothing read 0.
 /// All multi-byte values are little-endian. Not locked: one thread at a time.
@@ -61,7 +63,6 @@ public:
     std::uint8_t kept(std::uint32_t address) const;
 
 private:
-    class Window;
     struct Area {
         bool alive = false;
         unsigned boundsSeen = 0; // bit per bound written since the block was another's

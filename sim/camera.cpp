@@ -35,124 +35,99 @@ bool Camera::install() {
 
 void Camera::uninstall() { withdrawCamera(*this); }
 
-Camera& Camera::scene(Scene scene) {
+template <typename Change>
+Camera& Camera::with(Change change) {
     const Hold hold(cameraLock());
-    m_scene = std::move(scene);
+    change();
     return *this;
+}
+
+Camera& Camera::scene(Scene scene) {
+    return with([&] { m_scene = std::move(scene); });
 }
 
 Camera& Camera::range(int range) {
-    const Hold hold(cameraLock());
-    m_detector.setRange(range);
-    m_detector.setTemperatures(m_detector.referenceTemp(), m_detector.referenceTemp());
-    m_detector.calibrate();
-    return *this;
+    return with([&] {
+        m_detector.setRange(range);
+        m_detector.setTemperatures(m_detector.referenceTemp(), m_detector.referenceTemp());
+        m_detector.calibrate();
+    });
 }
 
 Camera& Camera::insideTemp(double celsius) {
-    const Hold hold(cameraLock());
-    m_detector.setTemperatures(celsius, celsius);
-    m_detector.calibrate();
-    return *this;
+    return with([&] {
+        m_detector.setTemperatures(celsius, celsius);
+        m_detector.calibrate();
+    });
 }
 
 Camera& Camera::temperatures(double shutter, double sensor) {
-    const Hold hold(cameraLock());
-    m_detector.setTemperatures(shutter, sensor);
-    return *this;
+    return with([&] { m_detector.setTemperatures(shutter, sensor); });
 }
 
 Camera& Camera::calibrate() {
-    const Hold hold(cameraLock());
-    m_detector.calibrate();
-    return *this;
+    return with([&] { m_detector.calibrate(); });
 }
 
 Camera& Camera::shutterClosed(bool closed) {
-    const Hold hold(cameraLock());
-    m_detector.setShutterClosed(closed);
-    return *this;
+    return with([&] { m_detector.setShutterClosed(closed); });
 }
 
 Camera& Camera::surroundings(const Surroundings& truth) {
-    const Hold hold(cameraLock());
-    m_detector.setSurroundings(truth);
-    return *this;
+    return with([&] { m_detector.setSurroundings(truth); });
 }
 
 Camera& Camera::driftLaw(DriftLaw law) {
-    const Hold hold(cameraLock());
-    m_detector.setDriftLaw(law);
-    return *this;
+    return with([&] { m_detector.setDriftLaw(law); });
 }
 
 Camera& Camera::modifySlope(bool on) {
-    const Hold hold(cameraLock());
-    m_detector.setModifySlope(on);
-    return *this;
+    return with([&] { m_detector.setModifySlope(on); });
 }
 
 Camera& Camera::noise(double sigmaAd, std::uint64_t seed) {
-    const Hold hold(cameraLock());
-    m_detector.setNoise(sigmaAd, seed);
-    return *this;
+    return with([&] { m_detector.setNoise(sigmaAd, seed); });
 }
 
 Camera& Camera::lens(int index) {
-    const Hold hold(cameraLock());
-    if (index < 0 || index >= static_cast<int>(lensCodes.size()))
-        return *this;
-    m_detector.setLens(index);
-    m_board.setLensCode(lensCodes[static_cast<std::size_t>(index)]);
-    return *this;
+    return with([&] {
+        if (index < 0 || index >= static_cast<int>(lensCodes.size()))
+            return;
+        m_detector.setLens(index);
+        m_board.setLensCode(lensCodes[static_cast<std::size_t>(index)]);
+    });
 }
 
 Camera& Camera::lensCode(unsigned code) {
-    const Hold hold(cameraLock());
-    m_board.setLensCode(code);
-    return *this;
+    return with([&] { m_board.setLensCode(code); });
 }
 
 Camera& Camera::lensVariant(bool on) {
-    const Hold hold(cameraLock());
-    m_board.setLensVariant(on);
-    return *this;
+    return with([&] { m_board.setLensVariant(on); });
 }
 
 Camera& Camera::detectorPower(bool on) {
-    const Hold hold(cameraLock());
-    m_board.setPower(on);
-    return *this;
+    return with([&] { m_board.setPower(on); });
 }
 
 Camera& Camera::devicePresent(bool present) {
-    const Hold hold(cameraLock());
-    m_present = present;
-    return *this;
+    return with([&] { m_present = present; });
 }
 
 Camera& Camera::unplug() {
-    const Hold hold(cameraLock());
-    m_plugged = false;
-    return *this;
+    return with([&] { m_plugged = false; });
 }
 
 Camera& Camera::plugIn() {
-    const Hold hold(cameraLock());
-    m_plugged = true;
-    return *this;
+    return with([&] { m_plugged = true; });
 }
 
 Camera& Camera::failTransfer(unsigned long n, Fault fault, Lasting lasting) {
-    const Hold hold(cameraLock());
-    m_transferFault = {n, fault, lasting};
-    return *this;
+    return with([&] { m_transferFault = {n, fault, lasting}; });
 }
 
 Camera& Camera::failSeek(unsigned long n, int error, Lasting lasting) {
-    const Hold hold(cameraLock());
-    m_seekFault = {n, Fault::refused(error), lasting};
-    return *this;
+    return with([&] { m_seekFault = {n, Fault::refused(error), lasting}; });
 }
 
 unsigned long Camera::faults() const {
@@ -161,27 +136,19 @@ unsigned long Camera::faults() const {
 }
 
 Camera& Camera::poke(std::uint32_t address, std::vector<std::uint8_t> bytes) {
-    const Hold hold(cameraLock());
-    m_board.poke(address, std::move(bytes));
-    return *this;
+    return with([&] { m_board.poke(address, std::move(bytes)); });
 }
 
 Camera& Camera::unpoke(std::uint32_t address) {
-    const Hold hold(cameraLock());
-    m_board.unpoke(address);
-    return *this;
+    return with([&] { m_board.unpoke(address); });
 }
 
 Camera& Camera::nextFrame() {
-    const Hold hold(cameraLock());
-    m_board.nextFrame();
-    return *this;
+    return with([&] { m_board.nextFrame(); });
 }
 
 Camera& Camera::logging(bool on) {
-    const Hold hold(cameraLock());
-    m_logging = on;
-    return *this;
+    return with([&] { m_logging = on; });
 }
 
 std::vector<Transfer> Camera::log() const {
@@ -230,6 +197,8 @@ long Camera::seekCall() {
 
 long Camera::readCall(std::uint32_t address, void* buf, std::size_t len) {
     ++m_calls.read;
+    if (buf == nullptr && len > 0)
+        return -EFAULT;
     const auto fault = strike(m_transferFault);
     long result = -ENODEV;
     if (m_plugged)
@@ -244,6 +213,8 @@ long Camera::readCall(std::uint32_t address, void* buf, std::size_t len) {
 
 long Camera::writeCall(std::uint32_t address, const void* buf, std::size_t len) {
     ++m_calls.write;
+    if (buf == nullptr && len > 0)
+        return -EFAULT;
     const auto fault = strike(m_transferFault);
     long result = -ENODEV;
     if (m_plugged)

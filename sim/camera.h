@@ -140,6 +140,8 @@ private:
         Fault fault{0, 0};
         Lasting lasting = Lasting::once;
     };
+    template <typename Change>
+    Camera& with(Change change); // under the lock
     std::optional<Fault> strike(Pending& pending);
     void note(bool write, std::uint32_t address, const void* bytes, std::size_t len, long result);
 

@@ -162,8 +162,10 @@ ssize_t writeDevice(Slot& slot, const void* buf, std::size_t len) {
     return resultOf(result);
 }
 
-void closeDevice(Slot& slot) {
+void closeDevice(Slot& slot, int fd) {
     const std::lock_guard<std::mutex> hold(lock);
+    if (slot.fd.load() != fd)
+        return; // closed by another thread meanwhile
     if (Camera* camera = cameraOf(slot))
         camera->closeCall();
     slot.fd.store(-1, std::memory_order_release);
@@ -261,7 +263,7 @@ extern "C" {
 [[gnu::visibility("default")]] int close(int fd) {
     // Forgotten before it is closed: at once afterwards the number may be another file's.
     if (irmsim::Slot* slot = irmsim::slotOf(fd))
-        irmsim::closeDevice(*slot);
+        irmsim::closeDevice(*slot, fd);
     return (*irmsim::nextClose)(fd);
 }
 
