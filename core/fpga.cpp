@@ -1,6 +1,8 @@
 #include "fpga.h"
 
 FPGA::~FPGA() {
+    delete m_serial;
+    m_serial = nullptr;
     delete m_sysTempHandler;
     delete m_queryTempHandler;
 }
@@ -20,3 +22,5 @@ unsigned char FPGA::start_arm_lcd(char value) {
 }
 
 IRPara& FPGA::getIRPara() { return m_irPara; }
+
+Serial* FPGA::getSerial() { return m_serial; }

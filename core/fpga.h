@@ -1,14 +1,17 @@
 #pragma once
 
+#include "../calib/modify.h"
 #include "../device/fpgabottom.h"
 #include "../device/records.h"
 #include "../device/selftest.h"
+#include "../device/serial.h"
 #include "../display/levelspan.h"
 #include "../measure/calctrans.h"
 #include "../measure/irpara.h"
 #include "../measure/reading.h"
 #include "../measure/temphandler.h"
 #include "../measure/tempinfotab.h"
+#include "vsk.h"
 
 #include <QString>
 
@@ -34,7 +37,11 @@ public:
     /// chosen, brings the shutter term up to date, loads the system parameters, and takes over the
     /// window that the FPGA is showing.
     FPGA();
+    /// Ends the link to the core first, see `Serial`.
     ~FPGA();
+    /// Sends the detector core the integration time of the range (and, to a core of generation 0
+    /// or -1, the VSK). A host calls it once, after construction.
+    void init();
 
     /// "QRV20180705.2.00".
     QString getDllVersion();
@@ -42,7 +49,7 @@ public:
     QString getCoreFPGAVerisonStr();
     /// The detector core's CPU version; empty until it is known.
     QString getCoreCpuVerisonStr();
-    /// Command generation of the detector core, 1.
+    /// Command generation of the detector core: -1, 0 or 1; construction sets 1.
     int getCoreVersionNum();
     /// Index of the lens as last read, -1 when there was none; the FPGA is not asked.
     int getLenIndex();
@@ -50,6 +57,8 @@ public:
     unsigned char start_arm_lcd(char value);
     /// The calibration table and drift terms in force; owned by this object.
     IRPara& getIRPara();
+    /// The link to the detector core; owned by this object.
+    Serial* getSerial();
 
     // --- parameter file: core/fpga_settings.cpp ---
 
@@ -58,14 +67,46 @@ public:
     /// Loads emissivity, distance and offset from "Parameter/Setting" without applying them.
     void readTempSetup();
 
-    // --- temperature range: core/fpga_range.cpp ---
+    // --- range, lens and VSK: core/fpga_range.cpp ---
 
+    /// Takes `range` and sets the detector core up for it, with the raw integration time `intTime`;
+    /// loads no table.
+    void changeTempRange(int range, unsigned short intTime);
+    /// Takes `range` and loads its table; the limits of the window follow, those of the measuring
+    /// range do not (`setTempRangeMinMax`).
+    void setTempRange(int range);
+    /// Sends the core the base VSK of range 0 or 1, and takes its reference temperature from
+    /// "Parameter/Setting". Other ranges send nothing.
+    void setVSK(int range);
+    /// Asks the FPGA for the lens, and loads its table if it is another one. Returns its index, -1
+    /// for none.
+    int get_set_lenIndex();
     /// Limits of the measuring range in °C, for both models.
     void setTempRangeMinMax(int min, int max);
 
+    // --- commands of the detector core, see Serial: device/fpga_corecommands.cpp ---
+
+    int setIntTime(int range, unsigned short t); ///< takes `range` too; returns 0
+    int insideShutter();
+    int insideShutterNoVSK();
+    int autoShutter(bool on);
+    int setSerialVSK(unsigned short v); ///< prints a line
+    int getSerialVSK(unsigned short* v);
+    int getSerialSum(unsigned short* v);
+
     // --- sensor and shutter temperature: device/fpga_tracking.cpp ---
 
-    /// Takes `t` (°C) as the sensor's reference temperature. The flag is not used.
+    /// Reads the sensor temperature and takes its distance from the reference, times 4.8 below
+    /// 31 °C and 1.6 from there on, as the drift that every reading is corrected by. Returns it, in
+    /// °C.
+    float updateDeltaTemp();
+    /// The drift in °C. While the FPGA's picture is frozen it is set to 0.
+    float getDeltaTemp();
+    /// Reads the sensor temperature and takes it as the reference. With a core of generation 0 or
+    /// -1 and `adjustVSK` the core's VSK follows the inside temperature.
+    void updateSensorTemp(bool adjustVSK);
+    /// Takes `t` (°C) as the sensor's reference temperature; the drift becomes 0. The flag is not
+    /// used.
     void setSensorTemp(float t, bool);
     float getSensorTemp();
     /// Takes the shutter temperature in °C; nothing else follows from it.
@@ -76,9 +117,10 @@ public:
     float getLenTemp();
     /// The shutter temperature in °C that the shutter term comes from.
     float getModifyShutterTemp();
-    /// Reads shutter and sensor temperature, reloads the calibration table, and takes their mean,
-    /// the inside temperature, as the one that the shutter term comes from; the limits follow.
-    /// While the picture is frozen the term and the limits wait. The flag is not used.
+    /// Reads shutter and sensor temperature, reloads the calibration table and brings it to the
+    /// inside temperature (their mean). Inside temperature times modify factor is the corrected
+    /// shutter temperature, which the shutter term then comes from; the limits follow. While the
+    /// picture is frozen the last two wait. The flag is not used.
     void updateShutterTemp(bool);
 
     // --- calibration tables: measure/fpga_tablefiles.cpp ---
@@ -95,6 +137,30 @@ public:
     /// entries outside 0 to 60 is taken as the nearer end. Returns 1; null pointers change nothing.
     int readTable(const char* fileName, TempInfoTab* tab);
 
+    // --- calibration correction: calib/fpga_correction.cpp ---
+
+    /// Calibration mode, for both models: readings also carry `biaoDingTemp`.
+    void startBiaoDing(bool on);
+    /// 0 when the table rises and every modify factor is above 0.1 and below 3; -1 for a table
+    /// that is empty or does not rise, -2 for a factor out of range.
+    int checkBiaoDingTab();
+    /// A count of a scene at `calibTemp` °C, taken at the inside temperature `innerTemp`, brought
+    /// to the reference of the range, see `irmcore::toReference`. The first two are not used.
+    unsigned short BiaoDingXiuzheng(float sensorTemp, float shutterTemp, float innerTemp,
+                                    int calibTemp, unsigned short ad);
+    /// The inverse, see `irmcore::fromReference`.
+    unsigned short BiaoDingXiuzhengGet(float sensorTemp, float shutterTemp, float innerTemp,
+                                       int calibTemp, unsigned short ad);
+    /// The modify factor last looked up.
+    float getModifyValue();
+
+    // --- Modify files: calib/fpga_modifyfile.cpp ---
+
+    /// Reads the Modify file for a lens and range, or the one shared by all, into `s_modify`. A
+    /// factor that is missing or 0 takes the nearest below; without any all are 1.
+    void updateModify(int len, int temp);
+    void updateModify(int len); ///< the same for range 0
+
     // --- measurement parameters: measure/fpga_parameters.cpp ---
 
     /// Takes the system parameters. They are stored, and applied if their model accepts them; the
@@ -108,8 +174,6 @@ public:
     void setHumid(float humid);
     /// Temperature of the reflected surroundings in °C, for both models; the limits follow.
     void setReflecTemp(float t);
-    /// Calibration mode, for both models: readings also carry `biaoDingTemp`.
-    void startBiaoDing(bool on);
 
     // --- queries: measure/fpga_queries.cpp ---
 
@@ -155,12 +219,21 @@ public:
     /// (`on`) or back to the FPGA. Returns the transfer result of the latter.
     unsigned char startLevelSpanControl(bool on);
 
+    // --- composition: display/fpga_composition.cpp ---
+
+    /// Freezes or releases the picture. While it is frozen the shutter temperature in use stays;
+    /// the release applies the one last computed. Returns the transfer result.
+    unsigned char freeze_image(bool on);
+    /// Whether the picture is frozen, as last set; the FPGA is not asked.
+    bool getFreezeImageStatus();
+
 protected:
     TempHandler* m_sysTempHandler;   ///< the system parameters' model; owned
     TempHandler* m_queryTempHandler; ///< the model of queries with their own parameters; owned
     unsigned short m_level;          ///< lower end of the window, AD
     unsigned short m_span;           ///< width of the window, AD
     TempSetup m_sysTempSetup;        ///< the system parameters as last given
+    Serial* m_serial;                ///< the link to the core; owned
     Mode_t m_levelSpanMode;
     TempSetup m_fileTempSetup; ///< copy of the above by `readTempSetup`
     float m_lenTemp;           ///< °C
@@ -170,6 +243,7 @@ protected:
     int m_tempRange;
     TempInfoTab m_tempInfoTab; ///< the table as loaded
     int m_coreVersionNum;
+    float m_modifyValue;       ///< modify factor last looked up
     float m_deltaTemp;         ///< drift since the reference, °C
     bool m_freeze;             ///< whether the picture is frozen, as last seen
     float m_modifyShutterTemp; ///< corrected shutter temperature of the last update, °C
@@ -183,6 +257,12 @@ private:
     /// The window over the frame's extremes and mean, or over its histogram, within the limits.
     [[gnu::visibility("hidden")]] irmcore::Window frameWindow(int minSpan);
     [[gnu::visibility("hidden")]] irmcore::Window histogramWindow(int minSpan);
+    /// Takes the sensor's present temperature as the reference.
+    [[gnu::visibility("hidden")]] void readReferenceSensorTemp();
+    /// The lens the FPGA reports, -1 for none.
+    [[gnu::visibility("hidden")]] int readLens();
+    /// The range's base VSK at the sensor's reference temperature; moves the VSK's reference.
+    [[gnu::visibility("hidden")]] unsigned short compensatedVsk(int range);
     /// Makes `window` the window in force.
     [[gnu::visibility("hidden")]] void placeWindow(irmcore::Window window);
     /// The model of `mode`, with `setup` applied if it is the queries'.

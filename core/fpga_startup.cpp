@@ -1,26 +1,20 @@
 #include "fpga.h"
 #include "range.h"
 #include "settings.h"
+#include "vsk.h"
 
 namespace settings = irmcore::settings;
 
-namespace {
-
-/// An 8-bit number taken as signed: 255 is -1, also where `char` is unsigned.
-int asSigned(unsigned char value) { return static_cast<signed char>(value); }
-
-} // namespace
-
 FPGA::FPGA()
     : m_sysTempHandler(nullptr), m_queryTempHandler(nullptr), m_level(0),
-      m_span(0), m_sysTempSetup{}, m_levelSpanMode(LEVELSPAN_AUTO), m_fileTempSetup{},
-      m_lenTemp(0.0F), m_shutterTemp(0.0F), m_sensorTemp(0.0F), m_lenIndex(0),
-      m_tempRange(0), m_tempInfoTab{}, m_coreVersionNum(1), m_deltaTemp(0.0F), m_freeze(false),
-      m_modifyShutterTemp(0.0F), m_private(nullptr) {
-    float sensor = 0.0F;
-    fpga_read_sensorTemp(&sensor);
-    setSensorTemp(sensor, true);
+      m_span(0), m_sysTempSetup{}, m_serial(nullptr),
+      m_levelSpanMode(LEVELSPAN_AUTO), m_fileTempSetup{}, m_lenTemp(0.0F), m_shutterTemp(0.0F),
+      m_sensorTemp(0.0F), m_lenIndex(0), m_tempRange(0), m_tempInfoTab{}, m_coreVersionNum(1),
+      m_modifyValue(0.0F), m_deltaTemp(0.0F), m_freeze(false), m_modifyShutterTemp(0.0F),
+      m_private(nullptr) {
+    readReferenceSensorTemp();
     m_freeze = fpga_get_freeze_status() != 0;
+    m_serial = new Serial(this, "/dev/ttyS1");
     m_coreCpuVersionStr = QLatin1String("");
     m_coreFPGAVersionStr = QLatin1String("");
     m_sysTempHandler = new TempHandler(this);
@@ -30,7 +24,7 @@ FPGA::FPGA()
         file->beginGroup(QLatin1String(settings::calibrationGroup));
         m_tempRange = file.integer(QLatin1String(settings::tempRange), settings::defaultTempRange);
     }
-    m_lenIndex = asSigned(fpga_read_lenIndex());
+    m_lenIndex = readLens();
     setSystemAdToTempTab(m_lenIndex, m_tempRange);
     updateShutterTemp(true);
     setSystemTempPara();
@@ -38,4 +32,41 @@ FPGA::FPGA()
     m_span = fpga_get_fpga_span();
     const irmcore::RangeLimits limits = irmcore::limitsOfRange(m_tempRange);
     setTempRangeMinMax(limits.min, limits.max);
+}
+
+void FPGA::init() {
+    settings::File file(settings::file);
+    file->beginGroup(QLatin1String(settings::calibrationGroup));
+    const int intTime =
+        file.integer(QString::fromLatin1(settings::intTime).arg(m_tempRange),
+                     m_tempRange == 0 ? settings::defaultIntTimeLow : settings::defaultIntTimeHigh);
+    file->endGroup();
+    const unsigned short sentTime = irmcore::low16(static_cast<unsigned int>(intTime));
+
+    if (m_coreVersionNum == 1) {
+        fpga_set_arm_lcd_jingDu(1);
+        m_serial->changeTempRange(sentTime, 0);
+        return;
+    }
+    if (m_coreVersionNum != 0 && m_coreVersionNum != -1)
+        return;
+    m_vskTemp = file.number(settings::vskTemp, settings::defaultVskTemp);
+    m_vskValue0 = irmcore::low16(static_cast<unsigned int>(
+        file.integer(QLatin1String(settings::vskValueLow), settings::defaultVskLow)));
+    m_vskValue1 = irmcore::low16(static_cast<unsigned int>(
+        file.integer(QLatin1String(settings::vskValueHigh), settings::defaultVskHigh)));
+    readReferenceSensorTemp();
+    const unsigned short vsk = compensatedVsk(m_tempRange);
+    if (m_coreVersionNum == 0) {
+        m_serial->changeTempRange(sentTime, vsk);
+        return;
+    }
+    m_serial->setIntTime(m_tempRange, sentTime);
+    m_serial->setVSK(vsk);
+    insideShutter();
+}
+
+int FPGA::readLens() {
+    // 8 bits taken as signed: 255 is -1, also where `char` is unsigned.
+    return static_cast<signed char>(fpga_read_lenIndex());
 }

@@ -4,6 +4,8 @@
 #include <QFileInfo>
 #include <QThread>
 
+#include <cmath>
+
 namespace irmcore::settings {
 
 namespace {
@@ -28,8 +30,9 @@ int File::integer(const QString& key, int fallback) const {
     return m_settings.value(key, fallback).toInt();
 }
 
-float File::number(const char* key, double fallback) const {
-    return static_cast<float>(m_settings.value(QLatin1String(key), fallback).toDouble());
+float File::number(const QString& key, double fallback) const {
+    const double value = m_settings.value(key, fallback).toDouble();
+    return std::isnan(value) ? 0.0F : static_cast<float>(value);
 }
 
 unsigned short File::hexadecimal(const QString& key, const char* fallback) const {

@@ -5,7 +5,7 @@
 
 /// The configuration files: every group, key and default, once. All paths are relative to the
 /// working directory; a missing file or key is no error and gives the default. A value that is
-/// there but is no number reads as 0. The library only reads these files.
+/// there but is no number ("nan" is none) reads as 0. The library only reads these files.
 namespace irmcore::settings {
 
 // clang-format off
@@ -16,6 +16,18 @@ inline constexpr char file[] = "Parameter/Setting";
 inline constexpr char calibrationGroup[] = "BiaoDing";
 inline constexpr char tempRange[]        = "TempRange"; // index of the measuring range
 inline constexpr int  defaultTempRange   = 0;
+inline constexpr char intTime[]          = "IntTime%1"; // of range %1, raw number of the core
+inline constexpr int  defaultIntTimeLow  = 100;         // range 0
+inline constexpr int  defaultIntTimeHigh = 190;         // the others
+
+// The VSK's reference temperature stands twice: at the top level for the start-up, and in the
+// calibration group for the switching of ranges.
+inline constexpr char   vskTemp[]        = "VSKTemp";   // °C
+inline constexpr double defaultVskTemp   = 40.0;
+inline constexpr char   vskValueLow[]    = "VSKValue_Range0"; // top level, raw number of the core
+inline constexpr int    defaultVskLow    = 1875;
+inline constexpr char   vskValueHigh[]   = "VSKValue_Range1"; // top level
+inline constexpr int    defaultVskHigh   = 1980;
 
 inline constexpr char   parameterGroup[] = "GlobalPara";
 inline constexpr char   emiss[]          = "Emiss";     // fraction
@@ -53,6 +65,11 @@ inline constexpr int  defaultTempNum = 0;
 inline constexpr char entryGroup[]   = "Temp2AD";  // keys are °C in decimal, values hexadecimal
 inline constexpr int  entryStep      = 10;         // °C from key to key
 
+/// Modify files: factors at the top level, keyed "Averg_" and an inside temperature in °C.
+inline constexpr char modifyFile[]        = "Parameter/Modify";
+inline constexpr char modifyFileOfLens[]  = "Parameter/Modify_%d_Temp_%d"; // lens not 0, range
+inline constexpr char modifyFileOfRange[] = "Parameter/Modify_Temp_%d";    // lens 0, range not 0
+
 // clang-format on
 
 /// An INI file opened for one reading operation, so that what was written in the meantime is seen.
@@ -65,7 +82,10 @@ public:
     explicit File(const char* path);
 
     int integer(const QString& key, int fallback) const;
-    float number(const char* key, double fallback) const;
+    float number(const QString& key, double fallback) const;
+    float number(const char* key, double fallback) const {
+        return number(QLatin1String(key), fallback);
+    }
     /// The low 16 bits of a hexadecimal text, with or without 0x; 0 when it is none.
     unsigned short hexadecimal(const QString& key, const char* fallback) const;
     QSettings* operator->() { return &m_settings; }

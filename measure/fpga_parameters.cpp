@@ -26,8 +26,3 @@ void FPGA::setReflecTemp(float t) {
     m_queryTempHandler->setReflecTemp(t);
     updateLevelSpanLimits(m_tempRange);
 }
-
-void FPGA::startBiaoDing(bool on) {
-    m_sysTempHandler->m_biaoDing = on;
-    m_queryTempHandler->m_biaoDing = on;
-}

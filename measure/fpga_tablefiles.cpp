@@ -77,6 +77,7 @@ int FPGA::readTable(const char* fileName, TempInfoTab* tab) {
 }
 
 int FPGA::setSystemAdToTempTab(int lens, int range) {
+    updateModify(lens, range);
     m_tempInfoTab = TempInfoTab{};
     Path path = tablePath(settings::tableFile, lens, range);
     if (::access(path.data(), F_OK) != 0) {

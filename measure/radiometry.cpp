@@ -55,26 +55,40 @@ void classify(const Model& model, double celsius, IrTempStru& reading) {
     }
 }
 
-IrTempStru objectTemp(const Model& model, const TempInfoTab& table, float shutterDelta,
-                      float deltaTemp, unsigned int ad) {
+Observation observe(const Model& model, const TempInfoTab& table, float shutterDelta,
+                    unsigned int ad) {
     const unsigned int corrected = shifted(ad, shutterDelta);
-    IrTempStru reading = adToTableTemp(table, corrected);
+    Observation result{adToTableTemp(table, corrected), true, 0.0};
+    IrTempStru& reading = result.reading;
     reading.ad = low16(ad);
     reading.correctAD = low16(corrected);
     reading.deltaAD = low16(corrected - ad);
     if (model.calibrating)
         reading.biaoDingTemp = adToTableTemp(table, ad).temp;
     if (!isOk(reading))
-        return reading;
+        return result;
 
     const double power = objectPower(model, reading.temp);
     if (power < 0.0) {
         setStatus(reading, "L");
         reading.temp = static_cast<float>(model.rangeMin);
-        return reading;
+        return result;
     }
-    classify(model, std::pow(power, 0.25) - kelvin + model.offset - deltaTemp, reading);
+    result.settled = false;
+    result.celsius = std::pow(power, 0.25) - kelvin + static_cast<double>(model.offset);
+    return result;
+}
+
+IrTempStru conclude(const Model& model, const Observation& observation, float deltaTemp) {
+    IrTempStru reading = observation.reading;
+    classify(model, observation.celsius - static_cast<double>(deltaTemp), reading);
     return reading;
+}
+
+IrTempStru objectTemp(const Model& model, const TempInfoTab& table, float shutterDelta,
+                      float deltaTemp, unsigned int ad) {
+    const Observation observation = observe(model, table, shutterDelta, ad);
+    return observation.settled ? observation.reading : conclude(model, observation, deltaTemp);
 }
 
 IrTempStru objectAd(const Model& model, const TempInfoTab& table, float shutterDelta, float temp) {

@@ -43,11 +43,26 @@ float seenTemp(const Model& model, float object);
 /// NaN is "L" with the lower limit.
 void classify(const Model& model, double celsius, IrTempStru& reading);
 
-/// Count to object temperature. `shutterDelta` is the shutter term in AD, `deltaTemp` the drift
-/// correction in °C that is subtracted.
+/// A count half way to its temperature.
+struct Observation {
+    IrTempStru reading; ///< with everything that is known by now
+    bool settled;       ///< nothing is to be added: the reading is "L" or "H"
+    double celsius;     ///< else the object's temperature, without the drift correction
+};
+
+/// Count to object temperature, but for the drift correction. `shutterDelta` is the shutter term in
+/// AD.
 ///
 /// The sum of count and term is taken modulo 2^32: a small count with a negative term wraps, and
 /// reads "H".
+Observation observe(const Model& model, const TempInfoTab& table, float shutterDelta,
+                    unsigned int ad);
+
+/// The reading of an observation that is not settled. `deltaTemp` is the drift correction in °C
+/// that is subtracted.
+IrTempStru conclude(const Model& model, const Observation& observation, float deltaTemp);
+
+/// Count to object temperature, both steps in one.
 IrTempStru objectTemp(const Model& model, const TempInfoTab& table, float shutterDelta,
                       float deltaTemp, unsigned int ad);
 

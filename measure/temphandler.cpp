@@ -60,7 +60,12 @@ IrTempStru TempHandler::irAD2Temp(unsigned int ad) {
     if (m_fpga == nullptr)
         return noTable();
     IRPara& para = m_fpga->getIRPara();
-    return irmcore::objectTemp(model(), para.table(), para.readShutterDeltaAD(), 0.0F, ad);
+    const irmcore::Model parameters = model();
+    const irmcore::Observation observation =
+        irmcore::observe(parameters, para.table(), para.readShutterDeltaAD(), ad);
+    // The drift is asked for only when it is needed: it costs a register read.
+    return observation.settled ? observation.reading
+                               : irmcore::conclude(parameters, observation, m_fpga->getDeltaTemp());
 }
 
 IrTempStru TempHandler::irTemp2AD(float temp) {
