@@ -2,8 +2,6 @@
 #include "range.h"
 #include "settings.h"
 
-namespace settings = irmcore::settings;
-
 namespace {
 
 /// An 8-bit number taken as signed: 255 is -1, also where `char` is unsigned.
@@ -25,11 +23,7 @@ FPGA::FPGA()
     m_coreFPGAVersionStr = QLatin1String("");
     m_sysTempHandler = new TempHandler(this);
     m_queryTempHandler = new TempHandler(this);
-    {
-        settings::File file(settings::file);
-        file->beginGroup(QLatin1String(settings::calibrationGroup));
-        m_tempRange = file.integer(QLatin1String(settings::tempRange), settings::defaultTempRange);
-    }
+    m_tempRange = irmcore::settings::storedTempRange();
     m_lenIndex = asSigned(fpga_read_lenIndex());
     setSystemAdToTempTab(m_lenIndex, m_tempRange);
     updateShutterTemp(true);
