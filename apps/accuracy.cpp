@@ -3,9 +3,11 @@
 #include "../core/range.h"
 #include "bench.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstring>
+#include <limits>
 
 namespace irmcore::app {
 

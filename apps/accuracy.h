@@ -1,7 +1,5 @@
 #pragma once
 
-#include "../sim/detector.h"
-
 #include <QString>
 
 #include <string>

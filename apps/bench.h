@@ -2,12 +2,10 @@
 
 #include "../core/fpga.h"
 #include "../sim/camera.h"
-#include "results.h"
 
 #include <QTemporaryDir>
 
 #include <memory>
-#include <optional>
 
 namespace irmcore::app {
 

@@ -8,7 +8,6 @@ namespace irmcore::app {
 
 enum ExitCode : int {
     exitClean = 0,
-    exitWarnings = 1,
     exitErrors = 2, ///< the work could not be done, or a result is wrong
     exitUsage = 3,
 };

@@ -70,10 +70,16 @@ int runDemo(const QStringList& words) {
         return exitCode;
     const Results results(plan->verbose);
     if (results.stream() == nullptr) {
-        complain(QStringLiteral("standard output is closed"));
+        complain(QStringLiteral("standard output cannot be kept"));
         return exitErrors;
     }
-    return plan->accuracy ? sweepRanges(*plan, results.stream()) : measure(*plan, results.stream());
+    exitCode =
+        plan->accuracy ? sweepRanges(*plan, results.stream()) : measure(*plan, results.stream());
+    if (!results.delivered()) {
+        complain(QStringLiteral("the results could not be written"));
+        return exitErrors;
+    }
+    return exitCode;
 }
 
 } // namespace irmcore::app

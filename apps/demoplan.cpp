@@ -71,7 +71,7 @@ QString takeScene(const QCommandLineParser& parser, DemoPlan& plan) {
     std::string error;
     const auto scene = irmsim::Scene::fromPgm(file.toLocal8Bit().toStdString(), error);
     if (!scene)
-        return QStringLiteral("%1: %2").arg(file, QString::fromStdString(error));
+        return QString::fromStdString(error);
     plan.scene = *scene;
     return {};
 }

@@ -6,6 +6,8 @@
 #include <array>
 #include <clocale>
 #include <cstdio>
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace app = irmcore::app;
 
@@ -26,7 +28,7 @@ void printHelp(std::FILE* to) {
     std::fputs("Usage: irmcore COMMAND [OPTIONS]\n\nCommands:\n", to);
     for (const Command& command : commands)
         std::fprintf(to, "  %-8s %s\n", command.name, command.summary);
-    std::fputs("\n'irmcore COMMAND --help' says more. Exit codes: 0 clean, 1 warnings, 2 errors, "
+    std::fputs("\n'irmcore COMMAND --help' says more. Exit codes: 0 clean, 2 errors, "
                "3 wrong usage.\n",
                to);
 }
@@ -38,6 +40,11 @@ void app::complain(const QString& text) {
 }
 
 int main(int argc, char** argv) {
+    if (::fcntl(STDOUT_FILENO, F_GETFD) < 0) {
+        // The next file to be opened would get the results.
+        std::fputs("irmcore: standard output is closed\n", stderr);
+        return app::exitErrors;
+    }
     const QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("irmcore"));
     QCoreApplication::setApplicationVersion(QStringLiteral(IRMCORE_VERSION));

@@ -27,6 +27,10 @@ Results::Results(bool verbose)
     }
 }
 
+bool Results::delivered() const {
+    return m_stream != nullptr && std::fflush(m_stream) == 0 && std::ferror(m_stream) == 0;
+}
+
 Results::~Results() {
     if (m_stream == nullptr)
         return;

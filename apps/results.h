@@ -18,6 +18,9 @@ public:
     /// Where results go; null when the descriptor could not be kept.
     std::FILE* stream() const { return m_stream; }
 
+    /// Whether everything written so far has arrived.
+    bool delivered() const;
+
 private:
     int m_saved;
     std::FILE* m_stream;

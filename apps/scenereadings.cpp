@@ -1,6 +1,8 @@
 #include "scenereadings.h"
 
 #include <array>
+#include <cstdio>
+#include <utility>
 
 namespace irmcore::app {
 

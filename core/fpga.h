@@ -23,6 +23,8 @@ struct Window;
 /// thread, and destroys it last; all of this class is bound to that thread. The register operations
 /// of `FPGABottom` are methods of it too.
 ///
+/// Operations that read a file wait up to 20 ms when it has just been written.
+///
 /// Construction never fails: a missing device is reported by the part that misses it, a missing
 /// file gives defaults. Traces go to standard output, failures of system calls to standard error.
 ///
@@ -108,19 +110,20 @@ public:
     /// Takes `t` (°C) as the sensor's reference temperature; the drift becomes 0. The flag is not
     /// used.
     void setSensorTemp(float t, bool);
-    float getSensorTemp();
+    float getSensorTemp(); ///< the sensor's reference temperature, °C
     /// Takes the shutter temperature in °C; nothing else follows from it.
     void setShutterTemp(float t);
-    float getShutterTemp();
+    float getShutterTemp(); ///< as last read or set, °C
     /// Takes the lens temperature in °C, for the calibration table's record too.
     void setLenTemp(float t);
-    float getLenTemp();
+    float getLenTemp(); ///< as last set, °C
     /// The shutter temperature in °C that the shutter term comes from.
     float getModifyShutterTemp();
     /// Reads shutter and sensor temperature, reloads the calibration table and brings it to the
     /// inside temperature (their mean). Inside temperature times modify factor is the corrected
     /// shutter temperature, which the shutter term then comes from; the limits follow. While the
-    /// picture is frozen the last two wait. The flag is not used.
+    /// picture is frozen the last two wait. A temperature whose read fails counts as 0 °C. The flag
+    /// is not used.
     void updateShutterTemp(bool);
 
     // --- calibration tables: measure/fpga_tablefiles.cpp ---
@@ -133,8 +136,9 @@ public:
     /// Takes the range from "Parameter/Setting" and loads its table for the current lens. Returns
     /// 0.
     int setSystemAdToTempTab();
-    /// Fills `tab` from a table file; what the file does not give is left as it is. A count of
-    /// entries outside 0 to 60 is taken as the nearer end. Returns 1; null pointers change nothing.
+    /// Fills `tab` from a table file. A limit, base temperature or count of entries that the file
+    /// does not give takes its default, a count outside 0 to 60 the nearer end; entries not given
+    /// and all else stay as they are. Returns 1; null pointers change nothing.
     int readTable(const char* fileName, TempInfoTab* tab);
 
     // --- calibration correction: calib/fpga_correction.cpp ---
@@ -194,7 +198,8 @@ public:
     /// whose read failed is 0. Returns 0, or -1 with nothing written when the area is refused.
     int getAreaTemp(int index, _area& area, ParaMode_t mode, TempSetup const& setup, _area_val& val,
                     Area_Temp& out);
-    /// Readings at the two ends of the window; a null pointer is passed over.
+    /// Readings at the two ends of the window; a null pointer is passed over. Applies the system
+    /// parameters as last given again; if they are out of range their line is printed again.
     void getMinMaxTemp(IrTempStru * minOut, IrTempStru * maxOut);
     /// Places the window from the frame's extremes and mean, then reports its ends likewise.
     void getAutoMinMaxTemp(IrTempStru * minOut, IrTempStru * maxOut);
@@ -212,7 +217,8 @@ public:
     /// window is mixed with three quarters of the old. The first call in a process takes the window
     /// over from the FPGA.
     void calcLevelSpan(Mode_t mode, bool smooth);
-    /// Lays the window between two object temperatures in °C, without limits. Returns 1, also when
+    /// Lays the window between two object temperatures in °C, without limits, after applying the
+    /// system parameters like `getMinMaxTemp`. Returns 1, also when
     /// a temperature cannot be converted and the window stays.
     int handLevelSpan(float minTemp, float maxTemp);
     /// Takes over the window that the FPGA's own control shows, then gives control to the library
@@ -234,14 +240,14 @@ protected:
     unsigned short m_span;           ///< width of the window, AD
     TempSetup m_sysTempSetup;        ///< the system parameters as last given
     Serial* m_serial;                ///< the link to the core; owned
-    Mode_t m_levelSpanMode;
-    TempSetup m_fileTempSetup; ///< copy of the above by `readTempSetup`
-    float m_lenTemp;           ///< °C
-    float m_shutterTemp;       ///< °C
-    float m_sensorTemp;        ///< reference, °C
-    int m_lenIndex;
-    int m_tempRange;
-    TempInfoTab m_tempInfoTab; ///< the table as loaded
+    Mode_t m_levelSpanMode;          ///< as last given to `setLevelSpanMode`
+    TempSetup m_fileTempSetup;       ///< copy of `m_sysTempSetup` by `readTempSetup`
+    float m_lenTemp;                 ///< °C
+    float m_shutterTemp;             ///< °C
+    float m_sensorTemp;              ///< reference, °C
+    int m_lenIndex;                  ///< -1 for none
+    int m_tempRange;                 ///< index of the measuring range
+    TempInfoTab m_tempInfoTab;       ///< the table as loaded
     int m_coreVersionNum;
     float m_modifyValue;       ///< modify factor last looked up
     float m_deltaTemp;         ///< drift since the reference, °C
@@ -267,8 +273,6 @@ private:
     [[gnu::visibility("hidden")]] void placeWindow(irmcore::Window window);
     /// The model of `mode`, with `setup` applied if it is the queries'.
     [[gnu::visibility("hidden")]] TempHandler& handlerFor(ParaMode_t mode, TempSetup const& setup);
-    /// The two ends of the window, the upper first.
-    [[gnu::visibility("hidden")]] void readWindowEnds(IrTempStru * minOut, IrTempStru * maxOut);
 
     struct Private;
     Private* m_private; ///< room for state of the library's own: keeps the object's size

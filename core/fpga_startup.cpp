@@ -19,11 +19,7 @@ FPGA::FPGA()
     m_coreFPGAVersionStr = QLatin1String("");
     m_sysTempHandler = new TempHandler(this);
     m_queryTempHandler = new TempHandler(this);
-    {
-        settings::File file(settings::file);
-        file->beginGroup(QLatin1String(settings::calibrationGroup));
-        m_tempRange = file.integer(QLatin1String(settings::tempRange), settings::defaultTempRange);
-    }
+    m_tempRange = settings::storedTempRange();
     m_lenIndex = readLens();
     setSystemAdToTempTab(m_lenIndex, m_tempRange);
     updateShutterTemp(true);

@@ -10,21 +10,22 @@ namespace irmcore::settings {
 
 namespace {
 
-/// Makes sure that the next write to the file gets another time stamp than the one it has.
-void letStampSettle(const char* path) {
-    constexpr qint64 resolution = 10; // ms, longer than the tick that file time stamps come from
-    const QFileInfo info(QString::fromUtf8(path));
+/// The file's name, once the next write to it is sure to get another time stamp than it has now.
+QString settled(const char* path) {
+    constexpr qint64 resolution = 20; // ms; time stamps come from a tick of at most 10 ms
+    const QString name = QString::fromUtf8(path);
+    const QFileInfo info(name);
     if (!info.exists())
-        return;
+        return name;
     const qint64 age = info.lastModified().msecsTo(QDateTime::currentDateTime());
     if (age >= 0 && age < resolution)
         QThread::msleep(static_cast<unsigned long>(resolution - age));
+    return name;
 }
 
 } // namespace
 
-File::File(const char* path)
-    : m_settings((letStampSettle(path), QString::fromUtf8(path)), QSettings::NativeFormat) {}
+File::File(const char* path) : m_settings(settled(path), QSettings::NativeFormat) {}
 
 int File::integer(const QString& key, int fallback) const {
     return m_settings.value(key, fallback).toInt();
@@ -38,6 +39,12 @@ float File::number(const QString& key, double fallback) const {
 unsigned short File::hexadecimal(const QString& key, const char* fallback) const {
     const QString text = m_settings.value(key, QLatin1String(fallback)).toString();
     return static_cast<unsigned short>(text.toInt(nullptr, 16) & 0xFFFF);
+}
+
+int storedTempRange() {
+    File parameters(settings::file);
+    parameters->beginGroup(QLatin1String(calibrationGroup));
+    return parameters.integer(QLatin1String(tempRange), defaultTempRange);
 }
 
 } // namespace irmcore::settings

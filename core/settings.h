@@ -75,10 +75,10 @@ inline constexpr char modifyFileOfRange[] = "Parameter/Modify_Temp_%d";    // le
 /// An INI file opened for one reading operation, so that what was written in the meantime is seen.
 class File {
 public:
-    /// Opens `path`. A file written within the last hundredth of a second is given that time first:
-    /// QSettings takes a file of the same size and time stamp for unchanged, and a second writer
-    /// within the stamp's resolution would go unnoticed. (On a file system whose stamps are whole
-    /// seconds, a rewrite of the same length within one second still can.)
+    /// Opens `path`. A file written within the last 20 ms is given that time first: QSettings takes
+    /// a file of the same size and time stamp for unchanged, and a second write within the stamp's
+    /// resolution would go unnoticed. (On a file system whose stamps are whole seconds, a rewrite
+    /// of the same length within one second still can.)
     explicit File(const char* path);
 
     int integer(const QString& key, int fallback) const;
@@ -93,5 +93,8 @@ public:
 private:
     QSettings m_settings;
 };
+
+/// The index of the measuring range last chosen.
+int storedTempRange();
 
 } // namespace irmcore::settings

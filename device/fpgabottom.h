@@ -75,8 +75,8 @@ public:
 
     /// @name Frame statistics, in AD
     /// @{
-    unsigned short fpga_get_auto_max();
-    unsigned short fpga_get_auto_min();
+    unsigned short fpga_get_auto_max(); ///< the highest count; 0 when the read failed
+    unsigned short fpga_get_auto_min(); ///< the lowest count, likewise
     /// Mean of the frame, cut to a whole count; 0 when the FPGA counted no pixel.
     unsigned short fpga_get_auto_averg();
     /// Ends of the histogram. Returns the transfer result of the second read, the minimum's. A null
@@ -139,10 +139,11 @@ public:
     /// Writes the colour table, 1044 bytes. Returns the transfer result, 20 on success, or 255
     /// for a null pointer.
     unsigned char fpga_colorTable_set(const unsigned char* table);
+    /// Switches the isotherm. This and the next three return the transfer result.
     unsigned char fpga_set_iso_enable(bool on);
-    unsigned char fpga_set_iso_type(unsigned char t);
-    unsigned char fpga_set_iso_min(unsigned short ad);
-    unsigned char fpga_set_iso_max(unsigned short ad);
+    unsigned char fpga_set_iso_type(unsigned char t);  ///< 0 below, 1 between, 2 above
+    unsigned char fpga_set_iso_min(unsigned short ad); ///< lower bound, AD
+    unsigned char fpga_set_iso_max(unsigned short ad); ///< upper bound, AD
     /// @}
 
     /// @name Picture composition
@@ -173,19 +174,19 @@ public:
     unsigned char set_mix_dy(char d);
     /// Zoom of the fused pictures; the low 16 bits are written.
     unsigned char set_mix_zoom(int z);
-    unsigned char get_mix_dx();
-    unsigned char get_mix_dy();
-    unsigned short get_mix_zoom();
-    unsigned char fpga_open_saturation(bool on);
-    unsigned char fpga_switch_colorBar(bool on);
-    unsigned char fpga_freeze_image(bool on);
+    unsigned char get_mix_dx();    ///< horizontal offset, the raw byte; 0 when the read failed
+    unsigned char get_mix_dy();    ///< vertical offset, likewise
+    unsigned short get_mix_zoom(); ///< zoom, the raw word, likewise
+    unsigned char fpga_open_saturation(bool on); ///< shows saturated pixels
+    unsigned char fpga_switch_colorBar(bool on); ///< shows the colour bar
+    unsigned char fpga_freeze_image(bool on);    ///< the FPGA's freeze bit
     /// @}
 
     /// @name Lamp, laser, alarm, cameras and screens
     /// Results are transfer results.
     /// @{
-    unsigned char fpga_open_alarm(bool on);
-    unsigned char openLaser(bool on);
+    unsigned char fpga_open_alarm(bool on); ///< alarm output
+    unsigned char openLaser(bool on);       ///< laser pointer
     /// Logs "open lamp:%d" as a Qt warning.
     unsigned char openLamp(bool on);
     /// Switches the visible camera and prints a line about it.
@@ -194,6 +195,7 @@ public:
     unsigned char fpga_set_output_mode(int mode);
     /// Mode of the LCD; 255 becomes 1. Prints the mode that is written.
     unsigned char fpga_start_arm_lcd(unsigned char mode);
+    /// Setting of the LCD, written as it is.
     unsigned char fpga_set_arm_lcd_jingDu(unsigned char v);
     /// @}
 

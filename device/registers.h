@@ -190,8 +190,7 @@ inline constexpr std::uint16_t spanOfZeroGain = 0x4040;
 /// The same for the FPGA's own gain register.
 inline constexpr std::uint16_t fpgaSpanOfZeroGain = 255;
 
-/// One line of the map, without its type: what the documentation, a trace and the simulated
-/// board need to know.
+/// One line of the map, without its type.
 struct Entry {
     std::uint16_t address;
     std::uint16_t stride; ///< bytes from slot to slot, 0 when there is one slot
@@ -259,7 +258,7 @@ constexpr bool inOrderAndApart() {
     return true;
 }
 
-/// The slot of `s` in which `address` lies.
+/// Whether slot `slot` of `s` begins at `address`.
 template <typename R, typename W>
 constexpr bool meets(const Slots<R, W>& s, unsigned slot, unsigned address) {
     return s.at(slot).address == address;

@@ -2,7 +2,7 @@
 
 class Serial;
 
-/// Does nothing; kept for programs that were linked against it.
+/// Does nothing; a hook for the board's self-test.
 [[gnu::visibility("default")]] void readSpotTemp(int);
-/// Does nothing; kept for programs that were linked against it.
+/// Does nothing; a hook for the board's self-test.
 [[gnu::visibility("default")]] void serialTest(Serial* serial);

@@ -2,7 +2,6 @@
 #include "../core/range.h"
 #include "window.h"
 
-#include <algorithm>
 #include <cstdio>
 
 int m_levelSpanMaxAD = 0;

@@ -41,9 +41,9 @@ constexpr std::uint16_t clampHighFirst(std::uint16_t ad, WindowLimits limits) {
 }
 
 /// The window of a scene too narrow for the palette: at the top if the scene reaches it, otherwise
-/// `below` counts under the middle.
-constexpr Window narrowWindow(FrameStatistics s, WindowLimits limits, int span, int below) {
-    return {s.high == limits.max ? wrapped(limits.max - span) : wrapped(s.mid - below),
+/// about the middle.
+constexpr Window narrowWindow(FrameStatistics s, WindowLimits limits, int span) {
+    return {s.high == limits.max ? wrapped(limits.max - span) : wrapped(s.mid - span / 2 - 1),
             wrapped(span)};
 }
 
@@ -59,7 +59,7 @@ constexpr FrameStatistics clamped(FrameStatistics s, WindowLimits limits) {
 /// narrow.
 constexpr Window windowOver(FrameStatistics s, WindowLimits limits, int minSpan) {
     const int difference = s.high - s.low;
-    return difference <= minSpan ? detail::narrowWindow(s, limits, minSpan, minSpan / 2 + 1)
+    return difference <= minSpan ? detail::narrowWindow(s, limits, minSpan)
                                  : Window{s.low, detail::wrapped(difference)};
 }
 
@@ -67,7 +67,7 @@ constexpr Window windowOver(FrameStatistics s, WindowLimits limits, int minSpan)
 /// narrow.
 constexpr Window windowOverHistogram(FrameStatistics s, WindowLimits limits, int minSpan) {
     const std::uint16_t difference = detail::wrapped(s.high - s.low);
-    return difference < minSpan ? detail::narrowWindow(s, limits, minSpan, minSpan / 2 + 1)
+    return difference < minSpan ? detail::narrowWindow(s, limits, minSpan)
                                 : Window{s.low, difference};
 }
 

@@ -1,8 +1,6 @@
 #include "../core/fpga.h"
 #include "../display/window.h"
 
-#include <cstdint>
-
 namespace {
 
 /// Kinds of spot that `FPGA::getSpotTemp` knows.
@@ -83,7 +81,7 @@ int FPGA::getAreaTemp(int index, _area& area, ParaMode_t mode, TempSetup const& 
     return 0;
 }
 
-void FPGA::readWindowEnds(IrTempStru* minOut, IrTempStru* maxOut) {
+void FPGA::getMinMaxTemp(IrTempStru* minOut, IrTempStru* maxOut) {
     m_sysTempHandler->setTempSetup(m_sysTempSetup);
     const unsigned int top = static_cast<unsigned int>(m_level) + m_span; // may pass 65535
     if (maxOut != nullptr)
@@ -92,9 +90,7 @@ void FPGA::readWindowEnds(IrTempStru* minOut, IrTempStru* maxOut) {
         *minOut = m_sysTempHandler->irAD2Temp(m_level);
 }
 
-void FPGA::getMinMaxTemp(IrTempStru* minOut, IrTempStru* maxOut) { readWindowEnds(minOut, maxOut); }
-
 void FPGA::getAutoMinMaxTemp(IrTempStru* minOut, IrTempStru* maxOut) {
     placeWindow(frameWindow(m_tempRange == 0 ? 255 : 128));
-    readWindowEnds(minOut, maxOut);
+    getMinMaxTemp(minOut, maxOut);
 }

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <cstdio>
 #include <limits>
 #include <unistd.h>
@@ -96,10 +97,6 @@ int FPGA::setSystemAdToTempTab(int lens, int range) {
 }
 
 int FPGA::setSystemAdToTempTab() {
-    {
-        settings::File file(settings::file);
-        file->beginGroup(QLatin1String(settings::calibrationGroup));
-        m_tempRange = file.integer(QLatin1String(settings::tempRange), settings::defaultTempRange);
-    }
+    m_tempRange = settings::storedTempRange();
     return setSystemAdToTempTab(m_lenIndex, m_tempRange);
 }

@@ -55,8 +55,8 @@ public:
     const TempInfoTab& table() const { return m_tab; }
 
 protected:
-    TempInfoTab m_tab;
-    float m_shutterDeltaAD;
-    float m_sensorDeltaAD;
+    TempInfoTab m_tab;      ///< with the temperatures in use
+    float m_shutterDeltaAD; ///< AD
+    float m_sensorDeltaAD;  ///< AD
     float m_baseSensorTemp; ///< °C at which the sensor term is 0
 };

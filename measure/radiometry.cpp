@@ -9,8 +9,6 @@ namespace irmcore {
 
 namespace {
 
-constexpr double kelvin = 273.15;
-
 double fourthPower(double celsius) { return std::pow(celsius + kelvin, 4.0); }
 
 /// `ad` plus the term cut to a whole count, modulo 2^32.
@@ -22,10 +20,9 @@ unsigned int shifted(unsigned int ad, float shutterDelta) {
 
 double objectPower(const Model& model, float seen) {
     const float emissTrans = model.emiss * model.trans;
-    const float transEmiss = model.trans * model.emiss;
     const double observed = fourthPower(seen) / emissTrans;
     const double reflected = fourthPower(model.reflecTemp) * (1.0F - model.emiss) / model.emiss;
-    const double air = fourthPower(model.envTemp) * (1.0F - model.trans) / transEmiss;
+    const double air = fourthPower(model.envTemp) * (1.0F - model.trans) / emissTrans;
     return (observed - reflected) - air;
 }
 

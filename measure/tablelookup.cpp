@@ -10,7 +10,6 @@ namespace irmcore {
 
 namespace {
 
-constexpr double kelvin = 273.15;
 constexpr double backgroundKelvin = 298.15;
 constexpr double surfaceEmissivity = 0.95;
 constexpr double backgroundShare = 0.05;
@@ -95,7 +94,7 @@ IrTempStru tempToTableAd(const TempInfoTab& table, float temp) {
     const int last = entries(table) - 1;
     IrTempStru result{};
     result.temp = t;
-    if (last >= 0 && t >= static_cast<float>(table.temp[0])) {
+    if (last >= 0 && !std::isnan(temp) && t >= static_cast<float>(table.temp[0])) {
         if (t > static_cast<float>(table.temp[last])) {
             setStatus(result, "H");
             result.ad = table.ad[last];

@@ -14,6 +14,9 @@
 /// in double precision, the radicand and the result rounded to single.
 namespace irmcore {
 
+/// 0 °C in kelvin.
+inline constexpr double kelvin = 273.15;
+
 /// Sentinel temperatures of a count outside the table, far from any that can be measured.
 inline constexpr float belowTable = -4001.0F;
 inline constexpr float aboveTable = 4001.0F;
@@ -36,8 +39,8 @@ IrTempStru adToTableTemp(const TempInfoTab& table, unsigned int ad);
 
 /// Reported temperature to count: status, `ad` and `temp` of the result, `temp` being the table
 /// temperature. Outside the table "L" or "H" with the table's end. A temperature that no segment
-/// holds is "L" with the first entry, as is any in a table without entries. In a segment whose
-/// ends have one temperature the lower end's count holds.
+/// holds is "L" with the first entry, as are NaN and any in a table without entries. In a segment
+/// whose ends have one temperature the lower end's count holds.
 IrTempStru tempToTableAd(const TempInfoTab& table, float temp);
 
 /// The count of a reported temperature relative to mid-scale, not cut to a whole number. Outside

@@ -8,7 +8,7 @@
 
 namespace {
 
-IrTempStru noTable() {
+IrTempStru noOwner() {
     IrTempStru reading{};
     irmcore::setStatus(reading, "NULL");
     return reading;
@@ -58,7 +58,7 @@ irmcore::Model TempHandler::model() const {
 
 IrTempStru TempHandler::irAD2Temp(unsigned int ad) {
     if (m_fpga == nullptr)
-        return noTable();
+        return noOwner();
     IRPara& para = m_fpga->getIRPara();
     const irmcore::Model parameters = model();
     const irmcore::Observation observation =
@@ -70,7 +70,7 @@ IrTempStru TempHandler::irAD2Temp(unsigned int ad) {
 
 IrTempStru TempHandler::irTemp2AD(float temp) {
     if (m_fpga == nullptr)
-        return noTable();
+        return noOwner();
     IRPara& para = m_fpga->getIRPara();
     return irmcore::objectAd(model(), para.table(), para.readShutterDeltaAD(), temp);
 }

@@ -49,16 +49,16 @@ public:
 protected:
     friend class FPGA; // calibration mode is switched on both models at once
 
-    bool m_biaoDing; ///< calibration mode
-    float m_emiss;
-    float m_dist;   ///< m
-    float m_offset; ///< °C
-    float m_envTemp;
-    float m_humid;
-    float m_reflecTemp;
-    float m_trans;
-    float m_dewpoint; ///< °C
-    FPGA* m_fpga;     ///< not owned
+    bool m_biaoDing;    ///< calibration mode
+    float m_emiss;      ///< fraction
+    float m_dist;       ///< m
+    float m_offset;     ///< °C
+    float m_envTemp;    ///< °C
+    float m_humid;      ///< fraction
+    float m_reflecTemp; ///< °C
+    float m_trans;      ///< 0 to 1
+    float m_dewpoint;   ///< °C
+    FPGA* m_fpga;       ///< not owned
     CalcTrans m_calcTrans;
     int m_tempRangeMin; ///< °C
     int m_tempRangeMax; ///< °C

@@ -55,8 +55,9 @@ Scene Scene::bench(int width, int height) {
 
     const double radius = h / 10;
     for (std::size_t i = 0; i < 8; ++i) {
+        const std::size_t row = i / 4;
         const int cx = static_cast<int>((2 * static_cast<double>(i % 4) + 1) / 8 * w);
-        const int cy = static_cast<int>((2 * static_cast<double>(i / 4) + 1) / 4 * h);
+        const int cy = static_cast<int>((2 * static_cast<double>(row) + 1) / 4 * h);
         const bool hand = i == blackBodies.size();
         scene.m_targets.push_back({hand ? "hand" : blackBodies[i].name, cx, cy});
         const int reach = static_cast<int>(hand ? 2 * radius : radius);
