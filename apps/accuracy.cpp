@@ -2,9 +2,9 @@
 
 #include "../core/range.h"
 #include "bench.h"
+#include "conditions.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -12,19 +12,6 @@
 namespace irmcore::app {
 
 namespace {
-
-struct Conditions {
-    const char* name;
-    irmsim::Surroundings surroundings;
-    double bound; // °C
-};
-
-const std::array conditions{
-    Conditions{"emissivity 0.95, 5 m", {}, 0.20},
-    Conditions{"emissivity 0.80, 60 m, humidity 0.7, reflected 35 °C",
-               {0.80, 60.0, 0.7, 25.0, 35.0},
-               0.25},
-};
 
 /// A scene whose pixels go through a range's temperatures one by one.
 irmsim::Scene rampOver(const RangeLimits& limits) {
@@ -99,7 +86,7 @@ Accuracy sweepOne(Bench& bench, const Conditions& c, int range) {
 std::vector<Accuracy> sweep(QString& error) {
     std::vector<Accuracy> results;
     for (const int range : {0, 1})
-        for (const Conditions& c : conditions) {
+        for (const Conditions& c : {easyConditions, hardConditions}) {
             Bench bench(rampOver(limitsOfRange(range)), c.surroundings, range);
             if (!bench.error().isEmpty()) {
                 error = bench.error();

@@ -21,6 +21,9 @@ struct Accuracy {
     int readings = 0;
 };
 
+/// Whether a sweep stayed within its bound.
+inline bool keepsBound(const Accuracy& sweep) { return sweep.worst <= sweep.bound; }
+
 /// Sweeps both ranges, with easy and with hard measurement parameters. On failure the list is empty
 /// and `error` says why.
 std::vector<Accuracy> sweep(QString& error);

@@ -5,6 +5,7 @@
 #include "report.h"
 #include "results.h"
 #include "scenereadings.h"
+#include "warmup.h"
 
 #include <algorithm>
 
@@ -45,20 +46,29 @@ int measure(const DemoPlan& plan, std::FILE* out) {
     return wrong == 0 ? exitClean : exitErrors;
 }
 
-int sweepRanges(const DemoPlan& plan, std::FILE* out) {
+/// Prints the rows that `make` gives; clean when each of them is `right`.
+template <typename Row>
+int show(const DemoPlan& plan, std::FILE* out, std::vector<Row> (*make)(QString&),
+         bool (*right)(const Row&)) {
     QString error;
-    const std::vector<Accuracy> sweeps = sweep(error);
+    const std::vector<Row> rows = make(error);
     if (!error.isEmpty()) {
         complain(error);
         return exitErrors;
     }
     if (plan.json)
-        printJson(out, sweeps);
+        printJson(out, rows);
     else
-        printTable(out, sweeps);
-    const bool right = std::all_of(sweeps.begin(), sweeps.end(),
-                                   [](const Accuracy& a) { return a.worst <= a.bound; });
-    return right ? exitClean : exitErrors;
+        printTable(out, rows);
+    return std::all_of(rows.begin(), rows.end(), right) ? exitClean : exitErrors;
+}
+
+int carryOut(const DemoPlan& plan, std::FILE* out) {
+    if (plan.accuracy)
+        return show<Accuracy>(plan, out, sweep, keepsBound);
+    if (plan.warmUp)
+        return show<Course>(plan, out, warmUp, keepsBound);
+    return measure(plan, out);
 }
 
 } // namespace
@@ -73,8 +83,7 @@ int runDemo(const QStringList& words) {
         complain(QStringLiteral("standard output cannot be kept"));
         return exitErrors;
     }
-    exitCode =
-        plan->accuracy ? sweepRanges(*plan, results.stream()) : measure(*plan, results.stream());
+    exitCode = carryOut(*plan, results.stream());
     if (!results.delivered()) {
         complain(QStringLiteral("the results could not be written"));
         return exitErrors;

@@ -117,6 +117,8 @@ std::optional<DemoPlan> parseDemo(const QStringList& words, int& exitCode) {
                               "scene",
                               "index"),
                        option("accuracy", "sweep both ranges and print the largest errors"),
+                       option("warm-up", "let the camera warm up and print the largest errors, as "
+                                         "documented and with steps left out"),
                        option("json", "one JSON object a line"),
                        option("verbose", "show the library's own lines on standard error"),
                        option("help", "this text")});
@@ -144,6 +146,7 @@ std::optional<DemoPlan> parseDemo(const QStringList& words, int& exitCode) {
     }
     DemoPlan plan;
     plan.accuracy = parser.isSet(QStringLiteral("accuracy"));
+    plan.warmUp = parser.isSet(QStringLiteral("warm-up"));
     plan.json = parser.isSet(QStringLiteral("json"));
     plan.verbose = parser.isSet(QStringLiteral("verbose"));
     QString wrong = takeNumbers(parser, plan.surroundings);

@@ -15,6 +15,7 @@ struct DemoPlan {
     irmsim::Surroundings surroundings; ///< the truth, which the host is told as well
     int range = 0;
     bool accuracy = false; ///< sweep whole ranges instead of measuring a scene
+    bool warmUp = false;   ///< follow a camera that warms up instead
     bool json = false;
     bool verbose = false;
 };

@@ -57,7 +57,7 @@ void printTable(std::FILE* to, const std::vector<Accuracy>& sweeps) {
     for (const Accuracy& a : sweeps)
         std::fprintf(to, "%5d %9d  %9.2f %9.3f %12.3f %13.3f %7.2f  %s%s\n", a.range, a.readings,
                      a.worstAt, a.worst, a.calibration, a.quantisation, a.bound,
-                     a.worst <= a.bound ? "" : "WRONG ", a.conditions.c_str());
+                     keepsBound(a) ? "" : "WRONG ", a.conditions.c_str());
 }
 
 void printJson(std::FILE* to, const std::vector<Accuracy>& sweeps) {
@@ -70,6 +70,35 @@ void printJson(std::FILE* to, const std::vector<Accuracy>& sweeps) {
                        {QStringLiteral("quantisation"), shortened(a.quantisation)},
                        {QStringLiteral("bound"), a.bound},
                        {QStringLiteral("readings"), a.readings}});
+}
+
+void printTable(std::FILE* to, const std::vector<Course>& courses) {
+    std::fprintf(to,
+                 "Largest error in °C while the camera warms up from 26.5 to 45 °C inside\n"
+                 "%-36s %8s %6s %7s %7s  %9s %9s %7s\n",
+                 "course", "readings", "lost", "rounds", "error", "target °C", "inside °C",
+                 "bound");
+    for (const Course& c : courses) {
+        char bound[16] = "";
+        if (c.bound > 0.0)
+            std::snprintf(bound, sizeof(bound), "%.2f", c.bound);
+        std::fprintf(to, "%-36s %8d %6d %7d %7.2f  %9.2f %9.2f %7s%s\n", c.what.c_str(), c.readings,
+                     c.lost, c.rounds, c.worst, c.worstAt, c.worstInside, bound,
+                     keepsBound(c) ? "" : "  WRONG");
+    }
+}
+
+void printJson(std::FILE* to, const std::vector<Course>& courses) {
+    for (const Course& c : courses)
+        printLine(to,
+                  {{QStringLiteral("what"), QString::fromStdString(c.what)},
+                   {QStringLiteral("worst"), shortened(c.worst)},
+                   {QStringLiteral("worstAt"), shortened(c.worstAt)},
+                   {QStringLiteral("worstInside"), shortened(c.worstInside)},
+                   {QStringLiteral("bound"), c.bound > 0.0 ? QJsonValue(c.bound) : QJsonValue()},
+                   {QStringLiteral("readings"), c.readings},
+                   {QStringLiteral("lost"), c.lost},
+                   {QStringLiteral("rounds"), c.rounds}});
 }
 
 } // namespace irmcore::app

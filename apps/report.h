@@ -2,6 +2,7 @@
 
 #include "accuracy.h"
 #include "verdict.h"
+#include "warmup.h"
 
 #include <cstdio>
 #include <vector>
@@ -19,5 +20,10 @@ void printTable(std::FILE* to, const std::vector<Accuracy>& sweeps);
 /// The same as JSON, one object a line: conditions, range, worst, worstAt, calibration,
 /// quantisation, bound, readings.
 void printJson(std::FILE* to, const std::vector<Accuracy>& sweeps);
+
+void printTable(std::FILE* to, const std::vector<Course>& courses);
+/// The same as JSON, one object a line: what, worst, worstAt, worstInside, bound (null where
+/// nothing is promised), readings, lost, rounds.
+void printJson(std::FILE* to, const std::vector<Course>& courses);
 
 } // namespace irmcore::app
