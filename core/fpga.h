@@ -25,7 +25,7 @@ struct Window;
 ///
 /// Operations that read a file wait up to 20 ms when it has just been written.
 ///
-/// Construction never fails: a missing device is reported by the part that misses it, a missing
+/// Construction never fails: a missing device is reported by whatever misses it, a missing
 /// file gives defaults. Traces go to standard output, failures of system calls to standard error.
 ///
 /// Terms: the *system parameters* are those set for the whole picture; a query can bring its own.

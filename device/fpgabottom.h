@@ -68,7 +68,7 @@ public:
     /// caller's). A first word of 0 is replaced by the second. Returns 0, or 255 for a null `buf`.
     unsigned char fpga_read_IRAD(unsigned short* buf);
     /// Reads a frame of 384 x 288 counts in eight parts into `buf` (110592 words, the caller's)
-    /// and prints the milliseconds it took. A first word of 0 in a part is replaced by the part's
+    /// and prints the milliseconds it took. A first word of 0 in a part is replaced by that part's
     /// second. Returns 0, or 255 for a null `buf`.
     unsigned char fpga_read_IRAD_384(unsigned short* buf);
     /// @}
@@ -84,7 +84,7 @@ public:
     unsigned char fpga_get_zft_maxMin(unsigned short* max, unsigned short* min);
     /// Peak of the histogram. Returns the transfer result.
     unsigned char fpga_get_zft_most(unsigned short* most);
-    /// The hottest pixel; in image mode 5 that of the part of the frame which is shown. Filled in
+    /// The hottest pixel; in image mode 5 that of what is shown of the frame. Filled in
     /// any case, a value whose read failed with 0. Returns 0, or 255 on failure or a null pointer.
     unsigned char fpga_point_max_get(_point_max * p);
     /// The coldest pixel, as `fpga_point_max_get`.

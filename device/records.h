@@ -45,7 +45,7 @@ enum Image_Mode_t : int {
     IMAGE_IR_PIPE_CCD = 3, ///< visible picture with an infrared inset
     IMAGE_CCD_MIX_IR = 4,  ///< visible picture blended into the infrared one
     IMAGE_IR_MIX_CCD = 5,  ///< infrared picture blended into the visible one, which shows the frame
-                           ///< without its margin; the extremes are then those of the part shown
+                           ///< without its margin; the extremes are then those of what is shown
     IMAGE_FUSION = 6,      ///< infrared inside the isotherm band, visible elsewhere
     IMAGE_BLANK = 7,       ///< no picture
 };

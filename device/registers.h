@@ -119,7 +119,7 @@ inline constexpr WriteOnly<std::uint8_t> armLcdMode  {0x30, "armLcdMode", ""};
 inline constexpr WriteOnly<std::uint8_t> armLcdJingDu{0x31, "armLcdJingDu", ""};
 inline constexpr WriteOnly<std::uint8_t> outputMode  {0x34, "outputMode", ""};
 
-// Frame statistics; the second set holds those of the part of the frame shown in image mode 5
+// Frame statistics; the second set holds those of what image mode 5 shows of the frame
 inline constexpr ReadOnly<std::uint16_t> frameMax   {0x40, "frameMax", "AD"};
 inline constexpr ReadOnly<std::uint16_t> frameMin   {0x42, "frameMin", "AD"};
 inline constexpr ReadOnly<Uint48>        adSum      {0x44, "adSum", "AD"};

@@ -1,0 +1,72 @@
+// What a call costs: system calls, and memory from the heap.
+#include "support/host.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <new>
+
+namespace {
+
+std::atomic<long> s_allocations{0};
+
+} // namespace
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+// The sanitizer has a malloc of its own.
+void* operator new(std::size_t size) {
+    ++s_allocations;
+    if (void* memory = std::malloc(size))
+        return memory;
+    throw std::bad_alloc();
+}
+void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+#else
+extern "C" void* __libc_malloc(std::size_t size);
+extern "C" [[gnu::visibility("default")]] void* malloc(std::size_t size) noexcept {
+    ++s_allocations;
+    return __libc_malloc(size);
+}
+#endif
+
+namespace {
+
+using namespace irmtest;
+
+TEST_F(Host, transfersAreASeekAndACallAndTakeNoMemory) {
+    IrTempStru out{}, other{};
+    _fpga_point at{3, 4};
+    _area area{{1, 1, 9, 9}};
+    _area_val val{};
+    Area_Temp temps{};
+    std::vector<unsigned short> frame(110592);
+    const TempSetup own[] = {{0.8F, 100, 1.5F, 0}, {0.7F, 10, 0, 0}};
+    std::size_t turn = 0;
+    /// System calls of one call, and allocations of ten that follow it.
+    const auto costs = [&](auto run) {
+        camera.clearCalls();
+        run(); // the simulated board works its frame out
+        EXPECT_EQ(camera.calls().lseek, camera.calls().transfers());
+        const unsigned long calls = camera.calls().total();
+        const long before = s_allocations;
+        for (int i = 0; i < 10; ++i)
+            run();
+        return joined(calls, s_allocations - before);
+    };
+    camera.logging(false);
+    printed([&] { host->calcLevelSpan(LEVELSPAN_AUTO, false); }); // takes the window over
+    EXPECT_NE(costs([&] { host->setSystemTempPara(); }), "0 0");  // memory is counted
+    EXPECT_EQ(costs([&] { host->getSpotTemp(1, 0, PARA_CUSTOM, own[++turn % 2], at, out); }),
+              "4 0");
+    EXPECT_EQ(costs([&] { host->getSpotTemp(1, 1, PARA_SYSTEM, {}, at, out); }), "6 0");
+    EXPECT_EQ(costs([&] { host->getLineTemp(1, PARA_SYSTEM, {}, at, out); }), "4 0");
+    EXPECT_EQ(costs([&] { host->getAreaTemp(1, area, PARA_SYSTEM, {}, val, temps); }), "22 0");
+    EXPECT_EQ(costs([&] { host->getMinMaxTemp(&out, &other); }), "0 0");
+    EXPECT_EQ(costs([&] { host->getAutoMinMaxTemp(&out, &other); }), "12 0");
+    EXPECT_EQ(costs([&] { host->calcLevelSpan(LEVELSPAN_AUTO, true); }), "12 0");
+    EXPECT_EQ(costs([&] { host->calcLevelSpan(LEVELSPAN_ZFT, true); }), "10 0");
+    EXPECT_EQ(costs([&] { host->handLevelSpan(20, 40); }), "4 0");
+    printed([&] { EXPECT_EQ(costs([&] { host->fpga_read_IRAD_384(frame.data()); }), "16 0"); });
+}
+
+} // namespace

@@ -1,0 +1,99 @@
+// The parameter file.
+#include "support/host.h"
+
+namespace {
+
+using namespace irmtest;
+
+constexpr char file[] = "Parameter/Setting";
+
+struct Settings : Host {
+    std::string load(const std::string& lines) {
+        write(file, lines);
+        output = printed([&] { host->setSystemTempPara(); });
+        return text(host->getSystemTempSetup());
+    }
+    static std::string text(const TempSetup& s) {
+        return joined(s.emiss, s.dist, s.offset, s.reserved);
+    }
+};
+
+TEST_F(Settings, missingKeysHaveTheirDefaults) {
+    std::filesystem::remove(file);
+    host->setSystemTempPara();
+    EXPECT_EQ(text(host->getSystemTempSetup()), "0.95 5 0 0");
+    EXPECT_EQ(host->m_sysTempHandler->getTrans(), 0.9984651F); // 25 °C, 0.6, 5 m
+    EXPECT_EQ(host->m_queryTempHandler->getDewpoint(), 16.695337F);
+    EXPECT_EQ(host->m_sysTempHandler->irAD2Temp(32768).temp, 30.277662F);
+    EXPECT_EQ(load("[GlobalPara]\nOffset=1.5\n"), "0.95 5 1.5 0");
+    EXPECT_EQ(load("Offset=9\n[Other]\nEmiss=0.5\n"), "0.95 5 0 0");
+}
+
+TEST_F(Settings, allSixParametersReachBothModels) {
+    const std::string most = "[GlobalPara]\nEmiss=0.8\nDistan=100\nOffset=1.5\nEnv=10\nHumid=1\n";
+    float temps[2] = {};
+    for (const int warm : {0, 1}) {
+        EXPECT_EQ(load(most + "Reflec=" + (warm != 0 ? "60\n" : "0\n")), "0.8 100 1.5 0");
+        host->m_queryTempHandler->setTempSetup({0.8F, 100, 1.5F, 0});
+        for (TempHandler* model : {host->m_sysTempHandler, host->m_queryTempHandler}) {
+            EXPECT_NEAR(model->getDewpoint(), 10, 1e-4);
+            temps[warm] = model->irAD2Temp(36000).temp;
+        }
+        EXPECT_EQ(host->m_sysTempHandler->irAD2Temp(36000).temp, temps[warm]);
+    }
+    EXPECT_LT(temps[1], temps[0] - 5); // what is not mirrored is the object's own
+}
+
+TEST_F(Settings, rejectedParametersAreKeptButNotApplied) {
+    const std::pair<const char*, const char*> values[] = {
+        {"Emiss=0", "emiss:0.000000"},     {"Emiss=none", "emiss:0.000000"},
+        {"Emiss=0,95", "emiss:0.000000"},  {"Emiss=", "emiss:0.000000"},
+        {"Emiss=nan", "emiss:nan"},        {"Emiss=inf", "emiss:inf"},
+        {"Distan=inf", "dist para error"}, {"Offset=nan", "offset para error"}};
+    for (const auto& [line, complaint] : values) {
+        EXPECT_EQ(load(std::string("[GlobalPara]\n") + line + "\n"), "1 0 0 0"); // as constructed
+        EXPECT_NE(output.find(complaint), std::string::npos) << line << output;
+        EXPECT_NE(text(host->m_sysTempSetup), "1 0 0 0");
+    }
+}
+
+TEST_F(Settings, noTextMakesAReadingThatIsNoNumber) {
+    for (const char* key : {"Offset", "Env", "Humid", "Reflec"})
+        for (const char* value : {"nan", "inf", "1e999", "-1e30", "0,95", ""}) {
+            load(std::string("[GlobalPara]\n") + key + "=" + value + "\n");
+            for (unsigned ad = 0; ad < 65536; ad += 499) {
+                const float temp = host->m_sysTempHandler->irAD2Temp(ad).temp;
+                ASSERT_EQ(temp, temp) << key << value << ad;
+            }
+        }
+}
+
+TEST_F(Settings, theRangeIsAWholeNumber) {
+    const std::pair<const char*, int> values[] = {{"1", 1},   {"-7", -7}, {"100.7", 0}, {"1,2", 0},
+                                                  {"two", 0}, {"", 0},    {"1e999", 0}};
+    for (const auto& [value, range] : values) {
+        write(file, std::string("[BiaoDing]\nTempRange=") + value + "\n");
+        start();
+        EXPECT_EQ(host->m_tempRange, range) << value;
+    }
+}
+
+TEST_F(Settings, aSetupThatIsOnlyReadIsNotApplied) {
+    write(file, "[GlobalPara]\nEmiss=0.7\nDistan=3\nOffset=2\nEnv=99\n");
+    host->m_sysTempSetup.reserved = 42;
+    EXPECT_EQ(transfersOf([&] { host->readTempSetup(); }), "");
+    EXPECT_EQ(text(host->m_sysTempSetup), "0.7 3 2 42");
+    EXPECT_EQ(text(host->m_fileTempSetup), "0.7 3 2 42");
+    EXPECT_EQ(text(host->getSystemTempSetup()), "1 0 0 0");
+    EXPECT_EQ(host->m_sysTempHandler->irAD2Temp(32768).temp, 30.012743F);
+    EXPECT_EQ(text(m_tempsetup), "0 0 0 0");
+}
+
+TEST_F(Settings, aRewriteOfTheSameSizeIsSeenAtOnce) {
+    for (int i = 0; i < 60; ++i) {
+        const std::string digit = std::to_string(i % 10);
+        ASSERT_EQ(load("[GlobalPara]\nOffset=" + digit + "\n"), "0.95 5 " + digit + " 0") << i;
+    }
+}
+
+} // namespace
