@@ -124,7 +124,8 @@ private:
                                                 unsigned char length);
     [[gnu::visibility("hidden")]] int command(unsigned char code, const unsigned char* payload,
                                               unsigned char length);
-    [[gnu::visibility("hidden")]] void exchange(const Data_t& query, int payloadBytes, void* out);
+    [[gnu::visibility("hidden")]] unsigned char query(const Data_t& question, int payloadBytes,
+                                                      void* out);
 
     Private* m_private;
 };

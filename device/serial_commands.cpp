@@ -112,63 +112,55 @@ int Serial::shutDown() {
     return wake();
 }
 
-/// Sends a query, waits for its reply, and copies the payload into `out`, with the lock held. The
-/// reply stays in the buffer until the lock is released.
-void Serial::exchange(const Data_t& query, int payloadBytes, void* out) {
+/// Sends a query, waits for its reply and copies the payload into `out`, holding the lock. Returns
+/// the code that the reply echoes.
+unsigned char Serial::query(const Data_t& question, int payloadBytes, void* out) {
+    m_mutex.lock();
     m_private->busy = true;
     ::tcflush(m_fd, TCIFLUSH); // a reply that came too late for its own query
-    writeData(m_sendBuf, packData(query));
+    writeData(m_sendBuf, packData(question));
     g_readData_length = replyLength(payloadBytes);
     readData(m_recvBuf, g_readData_length);
+    const unsigned char echo = m_recvBuf[frame::echoOffset];
     if (out != nullptr)
         std::memcpy(out, m_recvBuf + frame::payloadOffset, static_cast<std::size_t>(payloadBytes));
     m_private->busy = false;
+    m_mutex.unlock();
+    return echo;
 }
 
 int Serial::readDeltaAD(unsigned int* out) {
     const unsigned char payload[4] = {};
-    m_mutex.lock();
-    exchange({codeDeltaAd, sizeof(payload), payload}, 4, out);
-    m_mutex.unlock();
+    query({codeDeltaAd, sizeof(payload), payload}, 4, out);
     return 0;
 }
 
 int Serial::readSerialVSK(unsigned short* out) {
-    m_mutex.lock();
-    exchange({codeReadVsk, 0, nullptr}, 2, out);
-    const bool answered = m_recvBuf[frame::echoOffset] == codeReadVsk;
-    m_mutex.unlock();
-    if (!answered && out != nullptr)
+    if (query({codeReadVsk, 0, nullptr}, 2, out) == codeReadVsk)
+        return 0;
+    if (out != nullptr)
         *out = 0;
-    return answered ? 0 : -1;
+    return -1;
 }
 
 int Serial::readSerialSum(unsigned short* out) {
-    m_mutex.lock();
-    exchange({codeSum, 0, nullptr}, 2, out);
-    m_mutex.unlock();
+    query({codeSum, 0, nullptr}, 2, out);
     return 0;
 }
 
 int Serial::readSensor(unsigned short* out) {
     const unsigned char payload[2] = {};
-    m_mutex.lock();
-    exchange({codeSensor, sizeof(payload), payload}, 2, out);
-    m_mutex.unlock();
+    query({codeSensor, sizeof(payload), payload}, 2, out);
     return 0;
 }
 
 int Serial::readCoreCpuVersion(char* out) {
-    m_mutex.lock();
-    exchange({codeCpuVersion, 0, nullptr}, versionBytes, out);
-    m_mutex.unlock();
+    query({codeCpuVersion, 0, nullptr}, versionBytes, out);
     return 0;
 }
 
 int Serial::readCoreFPGAVersion(char* out) {
-    m_mutex.lock();
-    exchange({codeFpgaVersion, 0, nullptr}, versionBytes, out);
-    m_mutex.unlock();
+    query({codeFpgaVersion, 0, nullptr}, versionBytes, out);
     return 0;
 }
 
