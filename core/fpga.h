@@ -278,5 +278,7 @@ private:
     Private* m_private; ///< room for state of the library's own: keeps the object's size
 };
 
-/// Not used by the library; for the host.
+/// Not used by the library; for the host. Zero at first.
 [[gnu::visibility("default")]] extern TempSetup m_tempsetup;
+/// Not used by the library; for the host. 1 at first.
+[[gnu::visibility("default")]] extern double m_shutterTempModify;

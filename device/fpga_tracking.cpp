@@ -2,6 +2,8 @@
 #include "../core/fpga.h"
 #include "../core/vsk.h"
 
+double m_shutterTempModify = 1.0;
+
 void FPGA::readReferenceSensorTemp() {
     float sensor = 0.0F;
     fpga_read_sensorTemp(&sensor);
