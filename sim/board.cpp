@@ -24,8 +24,8 @@ constexpr unsigned allBounds = 0xF;
 
 } // namespace
 
-Board::Board(const Scene& scene, const Detector& detector)
-    : m_scene(scene), m_detector(detector), m_bins(0x10000), m_stream(partedBytes) {
+Board::Board(const Scene& scene, const Detector& detector, Clock& clock)
+    : m_scene(scene), m_detector(detector), m_clock(clock), m_bins(0x10000), m_stream(partedBytes) {
     setVersion("irmsim FPGA 1.0");
     m_counts.reserve(partedBytes / 2);
     m_frame.ad.reserve(partedBytes / 2);
@@ -107,6 +107,7 @@ void Board::unpoke(std::uint32_t address) {
 }
 
 void Board::nextFrame() {
+    m_clock.passFrame();
     if (!m_frozen)
         ++m_frameNumber;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "clock.h"
 #include "detector.h"
 #include "frame.h"
 #include "scene.h"
@@ -19,8 +20,8 @@ class Window;
 /// All multi-byte values are little-endian. Not locked: one thread at a time.
 class Board {
 public:
-    /// Scene and detector are watched, not owned, and outlive the board.
-    Board(const Scene& scene, const Detector& detector);
+    /// Scene and detector are watched, the clock is moved on by frames; they outlive the board.
+    Board(const Scene& scene, const Detector& detector, Clock& clock);
 
     /// A transfer at a register address, as the device makes it. Returns the bytes transferred,
     /// which are always all. Reading does not allocate.
@@ -45,14 +46,11 @@ public:
     /// Ends the pokes that begin at `address`.
     void unpoke(std::uint32_t address);
 
-    /// The next frame, unless the picture is frozen. A completely read frame does the same.
+    /// The time of a frame passes and, unless the picture is frozen, the next frame comes. A
+    /// completely read frame does the same.
     void nextFrame();
     /// Frames since power-up.
     std::uint64_t frameNumber() const { return m_frameNumber; }
-    /// Frames a second of simulated time; 25 at first.
-    void setFrameRate(double hertz) { m_frameRate = hertz; }
-    /// Simulated time since power-up, s.
-    double seconds() const { return static_cast<double>(m_frameNumber) / m_frameRate; }
     bool frozen() const { return m_frozen; }
 
     /// The present frame: the frozen one while the picture is frozen.
@@ -87,6 +85,7 @@ private:
 
     const Scene& m_scene;
     const Detector& m_detector;
+    Clock& m_clock;
 
     std::array<std::uint8_t, 0x4000> m_kept{};
     std::array<bool, 17> m_points{}; // which blocks are points
@@ -97,7 +96,6 @@ private:
     std::vector<Poke> m_pokes;
 
     std::uint64_t m_frameNumber = 0;
-    double m_frameRate = 25.0;
     bool m_frozen = false;
 
     // Counts of the scene without noise, and the frame made of them.

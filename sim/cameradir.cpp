@@ -1,5 +1,7 @@
 #include "cameradir.h"
 
+#include "detectorcore.h"
+
 #include <cerrno>
 #include <cmath>
 #include <cstdio>
@@ -52,11 +54,27 @@ std::string settingText(const CameraDirectory& content) {
     out.precision(9);
     // Keys before the first group are top-level ones; VSKTemp stands in both places.
     out << "VSKTemp=40\nVSKValue_Range0=1875\nVSKValue_Range1=1980\n\n"
-        << "[BiaoDing]\nTempRange=" << content.tempRange
-        << "\nIntTime0=120\nIntTime1=210\nVSKTemp=40\n\n"
+        << "[BiaoDing]\nTempRange=" << content.tempRange << "\nIntTime0=" << rangeIntTimes[0]
+        << "\nIntTime1=" << rangeIntTimes[1] << "\nVSKTemp=40\n\n"
         << "[GlobalPara]\nEmiss=" << believed.emissivity << "\nDistan=" << believed.distance
         << "\nOffset=0\nEnv=" << believed.envTemp << "\nHumid=" << believed.humidity
         << "\nReflec=" << believed.reflectedTemp << '\n';
+    return out.str();
+}
+
+/// The detector's modify factor for each half degree of inside temperature from -20 °C on, that of
+/// its middle.
+std::string modifyText() {
+    constexpr int halfDegrees = 200;
+    Detector detector;
+    detector.setModifySlope(true);
+    std::ostringstream out;
+    out.imbue(std::locale::classic());
+    out.precision(9);
+    for (int k = 0; k < halfDegrees; ++k) {
+        const double celsius = -20 + 0.5 * k;
+        out << "Averg_" << celsius << '=' << detector.modifyFactor(celsius + 0.25) << '\n';
+    }
     return out.str();
 }
 
@@ -96,6 +114,9 @@ bool writeCameraDirectory(const std::string& directory, const CameraDirectory& c
             files.push_back({top / "etc" / (name + "_default.conf"), table});
         }
     }
+    if (content.modifyFiles)
+        for (const char* name : {"Modify", "Modify_Temp_1", "Modify_1_Temp_0", "Modify_1_Temp_1"})
+            files.push_back({top / "Parameter" / name, modifyText()});
     for (const File& file : files) {
         std::error_code ignored;
         if (fs::symlink_status(file.path, ignored).type() != fs::file_type::not_found &&
@@ -112,7 +133,7 @@ bool writeCameraDirectory(const std::string& directory, const CameraDirectory& c
 
 bool writeCameraDirectory(const std::string& directory, const Surroundings& believed,
                           std::string& error) {
-    return writeCameraDirectory(directory, CameraDirectory{believed, 0}, error);
+    return writeCameraDirectory(directory, CameraDirectory{believed}, error);
 }
 
 } // namespace irmsim

@@ -6,17 +6,22 @@ namespace irmsim {
 
 class Camera;
 
-/// The device path that an installed camera answers.
+/// The device paths that an installed camera answers.
 inline constexpr char fpgaDevicePath[] = "/dev/DM365-FPGA";
+inline constexpr char serialPortPath[] = "/dev/ttyS1";
 
-/// Puts a camera behind the C library's file calls of this process: `open` of its path gives a
-/// descriptor whose transfers are the camera's. False, and nothing changed, when another camera is
-/// there already. While none is there every call passes through. Thread-safe.
+/// Puts a camera behind the C library's file, terminal and sleep calls of this process: `open` of
+/// its paths gives a descriptor whose transfers are the camera's. False, and nothing changed, when
+/// another camera is there already. While none is there every call passes through. Thread-safe.
 bool interposeCamera(Camera& camera);
 
 /// Takes the camera away again; waits for a call in progress. Descriptors still open then fail
-/// with ENODEV until they are closed, whatever camera comes next. Thread-safe.
+/// with ENODEV (the port's with EIO) until they are closed, whatever camera comes next.
+/// Thread-safe.
 void withdrawCamera(const Camera& camera);
+
+/// Whether this camera is the one installed. Thread-safe.
+bool isInterposed(const Camera& camera);
 
 /// The lock under which the file calls use the camera. Never held while user code runs.
 std::mutex& cameraLock();

@@ -41,7 +41,8 @@ protected:
 
     Scene scene = Scene::uniform(160, 120, 20.0);
     Detector detector;
-    Board board{scene, detector};
+    Clock clock;
+    Board board{scene, detector, clock};
 };
 
 constexpr unsigned at20 = 32152;  // AD of 20 °C
@@ -197,7 +198,7 @@ TEST_F(BoardTest, largeFrameComesInEightPartsAndAnyOtherReadStartsItAnew) {
     scene.fill(0, 0, 383, 287, 20.0); // all parts are of the frame that was begun
     EXPECT_EQ(frameWord(27648, 0), at100);
     EXPECT_EQ(board.frameNumber(), 1U);
-    EXPECT_DOUBLE_EQ(board.seconds(), 0.04);
+    EXPECT_DOUBLE_EQ(secondsOf(clock.now()), 0.04);
 }
 
 TEST_F(BoardTest, frameOfTheOtherSizeTakesTheNearestPixel) {

@@ -2,9 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <string>
+#include <unistd.h>
 
 using namespace irmsim;
 namespace fs = std::filesystem;
@@ -21,7 +24,9 @@ class CameraDirectoryTest : public testing::Test {
 protected:
     CameraDirectoryTest() { fs::remove_all(top); }
     ~CameraDirectoryTest() override { fs::remove_all(top); }
-    const fs::path top = fs::path(testing::TempDir()) / "irmsim_camera";
+    // Tests run side by side, each in a process of its own.
+    const fs::path top =
+        fs::path(testing::TempDir()) / ("irmcore-camera-" + std::to_string(::getpid()));
     std::string error;
 };
 
@@ -57,6 +62,18 @@ TEST_F(CameraDirectoryTest, settingHoldsWhatTheHostIsToBelieve) {
               "VSKTemp=40\nVSKValue_Range0=1875\nVSKValue_Range1=1980\n\n"
               "[BiaoDing]\nTempRange=1\nIntTime0=120\nIntTime1=210\nVSKTemp=40\n\n"
               "[GlobalPara]\nEmiss=0.8\nDistan=60\nOffset=0\nEnv=-12.5\nHumid=0.7\nReflec=35\n");
+}
+
+TEST_F(CameraDirectoryTest, modifyFilesHoldTheFactorOfEachHalfDegreesMiddle) {
+    ASSERT_TRUE(writeCameraDirectory(top, CameraDirectory{{}, 0, true}, error)) << error;
+    const std::string text = contents(top / "Parameter/Modify");
+    EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 200);
+    EXPECT_EQ(text.substr(0, 39), "Averg_-20=0.9815\nAverg_-19.5=0.9817\nAve");
+    for (const char* line : {"\nAverg_0=0.9895\n", "\nAverg_26=0.9999\n", "\nAverg_26.5=1.0001\n",
+                             "\nAverg_79.5=1.0213\n"})
+        EXPECT_NE(text.find(line), std::string::npos) << line;
+    for (const char* name : {"Modify_Temp_1", "Modify_1_Temp_0", "Modify_1_Temp_1"})
+        EXPECT_EQ(contents(top / "Parameter" / name), text);
 }
 
 TEST_F(CameraDirectoryTest, nothingIsOverwritten) {

@@ -59,8 +59,9 @@ TEST(Interpose, sharedLibrariesGetTheSameCalls) {
     auto* anyOpen = reinterpret_cast<int (*)(const char*, int, ...)>(dlsym(RTLD_DEFAULT, "open"));
     const int fd = anyOpen(device, O_RDWR);
     ASSERT_GE(fd, 0);
-    for (const char* name : {"open64", "__open_2", "__open64_2", "lseek", "lseek64", "read",
-                             "__read_chk", "write", "close"}) {
+    for (const char* name :
+         {"open64", "__open_2", "__open64_2", "lseek", "lseek64", "read", "__read_chk", "write",
+          "close", "tcgetattr", "tcsetattr", "tcflush", "usleep"}) {
         Dl_info ours{};
         Dl_info theirs{};
         ASSERT_NE(dladdr(dlsym(RTLD_DEFAULT, name), &theirs), 0);
