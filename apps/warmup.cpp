@@ -17,7 +17,7 @@ constexpr Targets highTargets{20.0, 100.0, 250.0, 380.0};
 
 constexpr double warmUpEnd = 45.0;  // °C inside
 constexpr double duration = 3600.0; // s, six time constants
-constexpr double interval = 10.0;   // s between batches of readings
+constexpr double interval = 1.0;    // s between batches of readings
 
 /// Targets side by side.
 irmsim::Scene sceneOf(const Targets& targets) {
