@@ -3,6 +3,7 @@
 #include "mutex.h"
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <pthread.h>
 
@@ -14,6 +15,10 @@ struct Data_t {
     std::uint8_t len;          ///< bytes of payload, at most 122
     const unsigned char* data; ///< payload, the caller's; may be null when `len` is 0
 };
+
+// Hosts share this layout.
+static_assert(sizeof(Data_t) == 2 * sizeof(void*) && offsetof(Data_t, len) == 1 &&
+              offsetof(Data_t, data) == sizeof(void*));
 
 /// Length of the frame last built. For the host; not read by the library.
 [[gnu::visibility("default")]] extern int g_writeData_length;
