@@ -15,9 +15,9 @@ using Targets = std::array<double, 4>;
 constexpr Targets lowTargets{0.0, 37.0, 100.0, 140.0};
 constexpr Targets highTargets{20.0, 100.0, 250.0, 380.0};
 
-constexpr double warmUpEnd = 45.0;  // °C inside
-constexpr double duration = 3600.0; // s, six time constants
-constexpr double interval = 1.0;    // s between batches of readings
+constexpr double warmUpEnd = 45.0; // °C inside
+constexpr int batches = 3600;      // an hour: six time constants
+constexpr double interval = 1.0;   // s between batches of readings
 
 /// Targets side by side.
 irmsim::Scene sceneOf(const Targets& targets) {
@@ -69,7 +69,7 @@ Course warmingUp(const char* what, const Conditions& conditions, const Habits& h
     Driver careless(bench.host(), camera, habits);
     careless.calibrationRound();
     camera.warmUp(irmsim::WarmUp::inside(camera.detector().sensorTemp(), warmUpEnd));
-    for (double passed = 0.0; passed < duration; passed += interval) {
+    for (int batch = 0; batch < batches; ++batch) {
         careless.beforeReadings();
         readTargets(bench, course);
         camera.advance(interval);
