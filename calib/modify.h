@@ -6,7 +6,8 @@
 /// which that temperature is multiplied to give the corrected shutter temperature.
 /// Exported; one per process.
 [[gnu::visibility("default")]] extern float s_modify[200];
-/// Lowest inside temperature in °C that the Modify file last read gives a factor for; 79 without.
+/// Lowest inside temperature in °C that the Modify file last read gives a factor for, at most 79;
+/// 79 without any.
 [[gnu::visibility("default")]] extern float m_minModifyTemp;
 /// Highest inside temperature in °C that the Modify file last read gives a factor for; -20 without.
 [[gnu::visibility("default")]] extern float m_maxModifyTemp;

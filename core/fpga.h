@@ -41,8 +41,10 @@ public:
     FPGA();
     /// Ends the link to the core first, see `Serial`.
     ~FPGA();
-    /// Sends the detector core the integration time of the range (and, to a core of generation 0
-    /// or -1, the VSK). A host calls it once, after construction.
+    /// Sends the detector core the integration time of the range and sets the LCD; a core of
+    /// generation 0 or -1 gets the VSK instead of the latter. Of the three commands that generation
+    /// -1 takes only the last is certain to arrive, see `Serial`. A host calls it once, after
+    /// construction, and leaves the core 0.5 s before the next command.
     void init();
 
     /// "QRV20180705.2.00".
@@ -72,7 +74,8 @@ public:
     // --- range, lens and VSK: core/fpga_range.cpp ---
 
     /// Takes `range` and sets the detector core up for it, with the raw integration time `intTime`;
-    /// loads no table.
+    /// loads no table. Of the two commands that a core of generation -1 takes only the second is
+    /// certain to arrive.
     void changeTempRange(int range, unsigned short intTime);
     /// Takes `range` and loads its table; the limits of the window follow, those of the measuring
     /// range do not (`setTempRangeMinMax`).
@@ -122,8 +125,8 @@ public:
     /// Reads shutter and sensor temperature, reloads the calibration table and brings it to the
     /// inside temperature (their mean). Inside temperature times modify factor is the corrected
     /// shutter temperature, which the shutter term then comes from; the limits follow. While the
-    /// picture is frozen the last two wait. A temperature whose read fails counts as 0 °C. The flag
-    /// is not used.
+    /// picture is frozen the shutter term keeps its temperature; the limits still follow the
+    /// reloaded table. A temperature whose read fails counts as 0 °C. The flag is not used.
     void updateShutterTemp(bool);
 
     // --- calibration tables: measure/fpga_tablefiles.cpp ---
@@ -161,7 +164,8 @@ public:
     // --- Modify files: calib/fpga_modifyfile.cpp ---
 
     /// Reads the Modify file for a lens and range, or the one shared by all, into `s_modify`. A
-    /// factor that is missing or 0 takes the nearest below; without any all are 1.
+    /// factor that is missing or 0 takes the nearest below, the lowest where there is none below;
+    /// without any all are 1.
     void updateModify(int len, int temp);
     void updateModify(int len); ///< the same for range 0
 

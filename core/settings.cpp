@@ -5,8 +5,12 @@
 #include <QThread>
 
 #include <cmath>
+#include <limits>
 
 namespace irmcore::settings {
+
+// A number beyond a float's range becomes infinity.
+static_assert(std::numeric_limits<float>::is_iec559);
 
 namespace {
 

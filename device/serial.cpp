@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
@@ -60,6 +61,7 @@ int refuse(const char* message) {
 Serial::Serial(FPGA* fpga, const char* path)
     : m_path(path), m_fd(-1), m_sendBuf(nullptr), m_recvBuf(nullptr), m_thread(), m_stop(false),
       m_fpga(fpga), m_private(new Private) {
+    errno = EFAULT; // a null path's reason
     m_fd = path == nullptr ? -1 : ::open(path, O_RDWR | O_NOCTTY);
     m_private->port = m_fd;
     if (m_fd < 0) {
@@ -81,7 +83,8 @@ Serial::Serial(FPGA* fpga, const char* path)
 Serial::~Serial() {
     m_stop = true;
     if (m_private->started) {
-        letWorkerSee();
+        while (!letWorkerSee()) {
+        }
         wake();
         pthread_join(m_thread, nullptr);
     }
@@ -194,6 +197,7 @@ unsigned char Serial::generateSum(unsigned char* p, int n) {
 int Serial::unpackData(unsigned char*, int len) { return frame::findReply(m_recvBuf, len); }
 
 int Serial::writeData(const void* buf, const int& len) {
+    errno = EINVAL; // a refused argument's reason
     const ssize_t n =
         buf == nullptr || len < 0 ? -1 : ::write(m_fd, buf, static_cast<std::size_t>(len));
     if (n < 0) {
@@ -227,7 +231,8 @@ void Serial::closeSerial() {
 void Serial::restoreSerial() { m_fd = s_savedFd; }
 
 void* Serial::workThread(Serial* s) {
-    s->work();
+    if (s != nullptr)
+        s->work();
     return nullptr;
 }
 
@@ -259,17 +264,21 @@ void Serial::work() {
     m_mutex.unlock();
 }
 
-/// Returns when the worker cannot miss what was set before the call: either nobody holds the lock,
-/// so it waits and will be woken, or looks later; or the lock's holder is in an exchange, after
-/// which the worker looks.
-void Serial::letWorkerSee() {
-    while (!m_private->busy) {
+/// Waits until the worker cannot miss what was set before the call: either nobody holds the lock,
+/// so it waits and will be woken, or looks later; or the lock's holder is not looking at the flags.
+/// False after a while in vain, which is right for a caller that holds the lock itself.
+bool Serial::letWorkerSee() {
+    constexpr int attempts = 100000;
+    for (int i = 0; i < attempts; ++i) {
+        if (m_private->busy)
+            return true;
         if (m_mutex.tryLock()) {
             m_mutex.unlock();
-            return;
+            return true;
         }
         sched_yield();
     }
+    return false;
 }
 
 int Serial::wake() {

@@ -29,17 +29,19 @@ static_assert(sizeof(Data_t) == 2 * sizeof(void*) && offsetof(Data_t, len) == 1 
 /// bit, raw), and the core's commands. The frames are `irmcore::frame`'s.
 ///
 /// *Commands* go through one slot: the caller fills it and returns, a worker thread sends it and
-/// throws the acknowledgement away. The command last filled is always sent, exactly once; one that
-/// was not sent yet is replaced by the next. *Queries* run on the calling thread, for up to some
-/// 20 s while the core is silent (0.1 s an empty read, 201 of them), and report 0 for what did not
-/// arrive.
+/// throws the acknowledgement away. As long as there is a worker and a port, the command last
+/// filled is always sent, exactly once; one that was not sent yet is replaced by the next.
+/// *Queries* run on the calling thread, for up to some 20 s while the core is silent (0.1 s an
+/// empty read, 201 of them), and report 0 for what did not arrive.
 ///
 /// A query throws away what lies in the port before it asks, so that a reply that came too late
 /// for the query before is not taken for its own. A late reply that arrives during the next query
 /// still is.
 ///
-/// Thread-safe: commands and queries may come from any thread; they take the lock in turn. Port
-/// set-up, `closeSerial` and `restoreSerial`: not while another thread uses the link.
+/// Commands and queries are thread-safe, `shutDown` apart, which sounds the alarm through the FPGA
+/// and belongs on the host's thread. The rest (port set-up, frames, transfers) uses the port and
+/// the buffers without the lock: not while a command or query is under way. A command given shortly
+/// before `closeSerial` may be lost with the port.
 class [[gnu::visibility("default")]] Serial {
 public:
     /// Opens and sets up the port `path` (the caller's, kept as a pointer) and starts the worker.
@@ -72,7 +74,9 @@ public:
     /// Clears `len` bytes at `buf` and receives up to `len` (at most 128) into the link's buffer,
     /// until they are complete or 201 reads came back empty. Returns the bytes received.
     int readData(void* buf, int len);
-    /// Sends the command in the slot once more. Returns what the wake-up's last broadcast did, 0.
+    /// Sends the command in the slot once more, be it one of an earlier link; several calls may
+    /// become one. Waits while the lock is held for something else than an exchange. Returns what
+    /// the wake-up's last broadcast did, 0.
     int signalThread();
     /// The worker's body.
     static void* workThread(Serial * s);
@@ -124,7 +128,7 @@ private:
 
     [[gnu::visibility("hidden")]] void work();
     [[gnu::visibility("hidden")]] int wake();
-    [[gnu::visibility("hidden")]] void letWorkerSee();
+    [[gnu::visibility("hidden")]] bool letWorkerSee();
     [[gnu::visibility("hidden")]] void fillSlot(unsigned char code, const unsigned char* payload,
                                                 unsigned char length);
     [[gnu::visibility("hidden")]] int command(unsigned char code, const unsigned char* payload,

@@ -103,9 +103,11 @@ int Serial::changeTempRange(unsigned short intTime, unsigned int vsk) {
 int Serial::shutDown() {
     m_mutex.lock();
     if (m_fpga != nullptr) {
+        m_private->busy = true;
         m_fpga->fpga_open_alarm(true);
         ::usleep(alarmPulse);
         m_fpga->fpga_open_alarm(false);
+        m_private->busy = false;
     }
     fillSlot(codeShutDown, nullptr, 0);
     m_mutex.unlock();

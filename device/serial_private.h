@@ -18,5 +18,5 @@ struct Serial::Private {
     int port = -1;                   ///< the descriptor to close in the end
     bool started = false;            ///< whether there is a worker
     std::atomic<bool> resend{false}; ///< the slot is to be sent once more
-    std::atomic<bool> busy{false};   ///< the lock's holder is in an exchange with the core
+    std::atomic<bool> busy{false};   ///< the lock's holder is not looking at the flags
 };
