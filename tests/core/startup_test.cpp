@@ -1,6 +1,8 @@
-// Construction, versions, and the temperatures that the façade tracks.
+// Construction and versions.
 #include "sim/cameradir.h"
-#include "support/host.h"
+#include "support/link.h"
+
+#include <cerrno>
 
 namespace {
 
@@ -25,6 +27,46 @@ TEST(Startup, needsNeitherDeviceNorFiles) {
     for (unsigned ad = 0; ad < 65536; ad += 997)
         EXPECT_FALSE(irmcore::isOk(host->m_sysTempHandler->irAD2Temp(ad))) << ad;
     EXPECT_TRUE(std::filesystem::is_empty(".")); // nothing is written
+}
+
+TEST(Startup, isCompleteWhateverIsMissing) {
+    const std::string noDevice = "open fpga device failed: No such file or directory\n";
+    const std::string noPort = "open device failed: No such file or directory\n";
+    const std::string noWrite = "write serial failed: Bad file descriptor\n";
+    const std::string noRead = "read data failed: Input/output error\n";
+    const struct {
+        bool device, port, answers;
+        std::string errors;
+        const char* transfers;
+        const char* frames;
+        // clang-format off
+    } pieces[] = {
+        {true, true, true, "", "R1E:2 R14:1 R0F:1 R1C:2 R1E:2 R70:2 R72:2 W31:1=01", "82:64000000"},
+        {false, true, true, noDevice, "", "82:64000000"},
+        {true, false, true, noPort + noWrite, "R1E:2 R14:1 R0F:1 R1C:2 R1E:2 R70:2 R72:2 W31:1=01", ""},
+        {false, false, true, noDevice + noPort + noWrite, "", ""},
+        // The failures show when the port is opened.
+        {true, false, false, noRead + noRead + noPort + noRead + noRead + noRead + noRead + noRead + "write fpga failed: Input/output error\n" + noWrite, "R1E:2 R14:1 R0F:1 R1C:2 R1E:2 R70:2 R72:2 W31:1=", ""},
+    };
+    // clang-format on
+    for (const auto& c : pieces) {
+        const WorkDir dir;
+        irmsim::Camera camera;
+        camera.devicePresent(c.device).portPresent(c.port).install();
+        if (!c.answers)
+            camera.failTransfer(1, irmsim::Fault::refused(EIO), irmsim::Lasting::fromThenOn);
+        std::string output;
+        EXPECT_EQ(linkErrors([&] {
+                      output = printed([&] {
+                          FPGA host;
+                          EXPECT_EQ(frames(camera), ""); // construction sends nothing
+                          host.init();
+                      });
+                  }),
+                  c.errors);
+        EXPECT_EQ(joined(transfers(camera), frames(camera)), joined(c.transfers, c.frames));
+        EXPECT_NE(output.find("\nchange temp range intTime:100 vsk:0\n"), std::string::npos);
+    }
 }
 
 /// A host of a camera with sample files.
@@ -53,7 +95,6 @@ struct Sample : testing::Test {
 TEST_F(Sample, isReadInTheOrderOfItsParts) {
     camera.poke(0x70, word(30000)).poke(0x72, word(4194));
     start(0);
-    EXPECT_EQ(transfers(camera), "R1E:2 R14:1 R0F:1 R1C:2 R1E:2 R70:2 R72:2");
     EXPECT_EQ(joined(host->getLenIndex(), host->m_level, host->m_span), "0 30000 1000");
     EXPECT_EQ(joined(host->getSensorTemp(), host->getModifyShutterTemp()), "26.5 26.5");
     camera.lensCode(1).clearLog();
@@ -81,31 +122,6 @@ TEST_F(Sample, withoutALensHasLensMinusOne) {
     write("etc/calc_len-1_temp0.conf", twoEntries);
     start(0);
     EXPECT_EQ(joined(host->getLenIndex(), host->getTempInfoTab().ad[1]), "-1 45056");
-}
-
-struct Tracking : Host {};
-
-TEST_F(Tracking, theInsideTemperatureMovesTheShutterTerm) {
-    camera.temperatures(20, 30);
-    EXPECT_EQ(transfersOf([&] { host->updateShutterTemp(false); }), "R1C:2 R1E:2");
-    EXPECT_EQ(joined(host->getShutterTemp(), host->getSensorTemp(), host->getModifyShutterTemp()),
-              "20 30 25"); // the sensor's is the reference
-    EXPECT_EQ(joined(host->m_irPara.readShutterDeltaAD(), m_levelSpanMaxAD), "-2340.5723 37804");
-    camera.poke(0x14, {1});
-    start(); // frozen: the term waits
-    EXPECT_EQ(joined(host->m_modifyShutterTemp, host->getModifyShutterTemp()), "25 30");
-}
-
-TEST_F(Tracking, settersKeepWhatTheyAreGiven) {
-    host->m_deltaTemp = 7;
-    host->setSensorTemp(33, false);
-    host->setShutterTemp(44);
-    host->setLenTemp(55);
-    EXPECT_EQ(joined(host->getSensorTemp(), host->m_deltaTemp, host->getShutterTemp(),
-                     host->getModifyShutterTemp(), host->getLenTemp()),
-              "33 0 44 30 55");
-    EXPECT_EQ(joined(host->getTempInfoTab().lenTemp, host->getTempInfoTab().sensorTemp), "55 30");
-    EXPECT_EQ(transfersOf([&] { host->start_arm_lcd('\xFF'); }), "W30:1=01");
 }
 
 } // namespace

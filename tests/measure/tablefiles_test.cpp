@@ -86,9 +86,11 @@ TEST_F(TableFiles, theFallbackStandsInForAMissingOrEmptyTable) {
         return "[==================" + at + "etc/calc_len_temp" + name + ".conf\n[" + at +
                "Set all AD table successed\n";
     };
+    const std::string modify = "update modify filename:Parameter/Modify len:\n" // first of all
+                               "minTemp:. modify:.  maxTemp:. modify:. \n";
     const auto load = [&](const std::string& expected) {
         output = printed([&] { EXPECT_EQ(host->setSystemAdToTempTab(3, 0), 0); });
-        EXPECT_EQ(withoutDigits(output), expected);
+        EXPECT_EQ(withoutDigits(output), modify + expected);
         return entries(host->getTempInfoTab(), 2);
     };
     EXPECT_EQ(load(missing + reading("_default")), "0 0 0 0 0");
@@ -101,7 +103,8 @@ TEST_F(TableFiles, theFallbackStandsInForAMissingOrEmptyTable) {
     EXPECT_EQ(load(reading("_default")), "2 0 28672 10 28928");
     write("etc/calc_len3_temp0.conf", table + "10=7200\n");
     EXPECT_EQ(load(reading("")), "2 0 28672 10 29184");
-    EXPECT_EQ(joined(host->getTempInfoTab().shutterTemp, host->m_tempInfoTab.shutterTemp), "30 0");
+    EXPECT_EQ(joined(host->getTempInfoTab().shutterTemp, host->m_tempInfoTab.shutterTemp),
+              "29.999998 0");
     EXPECT_EQ(camera.calls().total(), 0U);
 }
 

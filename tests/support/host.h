@@ -116,8 +116,8 @@ struct Board : testing::Test {
 
 /// The façade with its state in view.
 struct Probe : FPGA {
-    using FPGA::m_deltaTemp, FPGA::m_fileTempSetup, FPGA::m_irPara, FPGA::m_level;
-    using FPGA::m_modifyShutterTemp, FPGA::m_queryTempHandler, FPGA::m_span;
+    using FPGA::m_coreVersionNum, FPGA::m_deltaTemp, FPGA::m_fileTempSetup, FPGA::m_irPara;
+    using FPGA::m_level, FPGA::m_modifyShutterTemp, FPGA::m_queryTempHandler, FPGA::m_span;
     using FPGA::m_sysTempHandler, FPGA::m_sysTempSetup, FPGA::m_tempInfoTab, FPGA::m_tempRange;
 };
 
@@ -126,14 +126,16 @@ struct Probe : FPGA {
 inline constexpr char twoEntries[] = "[ParaSet]\nMaxAD=B000\nMinTemp=-20\nMaxTemp=400\nTempNum=2\n"
                                      "[Temp2AD]\n-20=7000\n400=B000\n";
 
-/// A host of a camera at 30 °C inside with the table above for lens 0 in ranges 0 and 1, measuring
-/// bare table temperatures (emissivity 1, no air).
+/// A host of a camera with the table above for lens 0 in ranges 0 and 1, measuring bare table
+/// temperatures (emissivity 1, no air). Inside it has 26.5 °C, at which range 0's table holds as it
+/// is, and a modify factor that makes a shutter temperature of 30 °C of them.
 struct Host : testing::Test {
     Host() {
         write("etc/calc_len0_temp0.conf", twoEntries);
         write("etc/calc_len0_temp1.conf", twoEntries);
         write("Parameter/Setting", "[GlobalPara]\nEmiss=1\nDistan=0\n");
-        camera.temperatures(30, 30).install();
+        write("Parameter/Modify", "Averg_0=1.13207547\n");
+        camera.temperatures(23, 30).install();
         start();
     }
     /// Constructs the façade; the log then begins anew.

@@ -1,0 +1,52 @@
+// Commands between the threads that give them and the worker: none lost, none doubled.
+#include "stress/loads.h"
+
+namespace {
+
+using namespace irmtest;
+
+TEST(HandOver, noCommandIsLostOrDoubled) {
+    printed([] {
+        for (const Outcome& outcome :
+             {commandsArrive(2000, true), commandsArrive(2000, false), startUpsSendOneFrame(200)})
+            EXPECT_TRUE(outcome.good) << outcome.figures;
+    });
+}
+
+TEST(HandOver, threadsMayGiveAndAskAtOnce) {
+    irmsim::Camera camera;
+    camera.install();
+    Link link;
+    const auto talk = [&link] {
+        for (int i = 0; i < 300; ++i) {
+            link.outsideShutter();
+            unsigned short sum = 0;
+            ASSERT_EQ(link.readSerialSum(&sum) + sum, 30000);
+        }
+    };
+    std::thread other(talk);
+    talk();
+    other.join();
+    EXPECT_EQ(joined(camera.coreCounts().bad, camera.coreCounts().good[0x79]), "0 600");
+    EXPECT_LE(camera.coreCounts().good[0x52], 600U);
+}
+
+TEST(HandOver, theFirstCommandArrivesAndAWakeUpSendsItOnceMore) {
+    irmsim::Camera camera;
+    camera.install();
+    for (unsigned short i = 0; i < 200; ++i) {
+        camera.clearReceived();
+        const std::string frame = "78:" + hex(i) + "00";
+        auto link = std::make_unique<Link>();
+        link->setVSK(i);
+        if (i % 2 != 0) {
+            ASSERT_TRUE(received(camera, 1));
+            EXPECT_EQ(link->signalThread(), 0);
+            ASSERT_TRUE(received(camera, 2));
+        }
+        link = nullptr;
+        ASSERT_EQ(frames(camera), i % 2 != 0 ? frame + " " + frame : frame);
+    }
+}
+
+} // namespace
