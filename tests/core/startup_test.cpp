@@ -83,28 +83,21 @@ TEST_F(Sample, withoutALensHasLensMinusOne) {
     EXPECT_EQ(joined(host->getLenIndex(), host->getTempInfoTab().ad[1]), "-1 45056");
 }
 
-struct Tracking : Host {};
-
-TEST_F(Tracking, theInsideTemperatureMovesTheShutterTerm) {
+TEST_F(Host, theInsideTemperatureMovesTheShutterTerm) {
     camera.temperatures(20, 30);
+    host->m_deltaTemp = 7;
     EXPECT_EQ(transfersOf([&] { host->updateShutterTemp(false); }), "R1C:2 R1E:2");
     EXPECT_EQ(joined(host->getShutterTemp(), host->getSensorTemp(), host->getModifyShutterTemp()),
               "20 30 25"); // the sensor's is the reference
     EXPECT_EQ(joined(host->m_irPara.readShutterDeltaAD(), m_levelSpanMaxAD), "-2340.5723 37804");
+    host->setSensorTemp(33, false);
+    host->setLenTemp(55);
+    const TempInfoTab tab = host->getTempInfoTab();
+    EXPECT_EQ(joined(host->getSensorTemp(), host->m_deltaTemp, tab.sensorTemp, tab.lenTemp),
+              "33 0 30 55");
     camera.poke(0x14, {1});
     start(); // frozen: the term waits
     EXPECT_EQ(joined(host->m_modifyShutterTemp, host->getModifyShutterTemp()), "25 30");
-}
-
-TEST_F(Tracking, settersKeepWhatTheyAreGiven) {
-    host->m_deltaTemp = 7;
-    host->setSensorTemp(33, false);
-    host->setShutterTemp(44);
-    host->setLenTemp(55);
-    EXPECT_EQ(joined(host->getSensorTemp(), host->m_deltaTemp, host->getShutterTemp(),
-                     host->getModifyShutterTemp(), host->getLenTemp()),
-              "33 0 44 30 55");
-    EXPECT_EQ(joined(host->getTempInfoTab().lenTemp, host->getTempInfoTab().sensorTemp), "55 30");
     EXPECT_EQ(transfersOf([&] { host->start_arm_lcd('\xFF'); }), "W30:1=01");
 }
 
