@@ -5,6 +5,8 @@
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <string>
+#include <unistd.h>
 
 using namespace irmsim;
 namespace fs = std::filesystem;
@@ -21,7 +23,9 @@ class CameraDirectoryTest : public testing::Test {
 protected:
     CameraDirectoryTest() { fs::remove_all(top); }
     ~CameraDirectoryTest() override { fs::remove_all(top); }
-    const fs::path top = fs::path(testing::TempDir()) / "irmsim_camera";
+    // Tests run side by side, each in a process of its own.
+    const fs::path top =
+        fs::path(testing::TempDir()) / ("irmcore-camera-" + std::to_string(::getpid()));
     std::string error;
 };
 
