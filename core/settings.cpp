@@ -17,7 +17,7 @@ namespace {
 /// The file's name, once the next write to it is sure to get another time stamp than it has now.
 QString settled(const char* path) {
     constexpr qint64 resolution = 20; // ms; time stamps come from a tick of at most 10 ms
-    const QString name = QString::fromUtf8(path);
+    QString name = QString::fromUtf8(path);
     const QFileInfo info(name);
     if (!info.exists())
         return name;

@@ -3,7 +3,8 @@ set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
 # What building and testing takes on Debian 12.
-build_packages=(g++ cmake ninja-build qt6-base-dev libgtest-dev)
+build_packages=(g++ cmake ninja-build qt6-base-dev)
+test_packages=(libgtest-dev python3)
 
 # Installs those of the named Debian packages that are missing.
 need() {
@@ -27,7 +28,10 @@ need() {
         apt-get install -q -y --no-install-recommends "${missing[@]}" >&2
 }
 
-# Configures and builds a preset. Everything it says goes to standard error.
+# Configures a preset and builds it, or only the targets named after it. Everything it says goes to
+# standard error.
 build() {
-    (cd "$root" && cmake --preset "$1" && cmake --build --preset "$1") >&2
+    local preset=$1
+    shift
+    (cd "$root" && cmake --preset "$preset" && cmake --build --preset "$preset" ${1:+--target "$@"}) >&2
 }

@@ -70,6 +70,10 @@ TEST(Table, whatNoSegmentHoldsIsOutside) {
     EXPECT_EQ(text(irmcore::adToTableTemp(table({{25, 1000}, {40, 1000}}), 1000)), "OK 25");
     EXPECT_EQ(irmcore::tempToTableAd(table({{25, 2000}, {25, 3000}, {30, 4000}}), 25).ad, 2000);
     EXPECT_EQ(irmcore::tableDeltaAd(table({{30, 1000}, {40, 2000}}), 10), 0); // no slope
+    Entries full;
+    for (int i = 0; i < 60; ++i)
+        full.emplace_back(10 * i - 300, 1000 + i);
+    EXPECT_EQ(text(irmcore::adToTableTemp(table(full), 1059)), "OK 283.3985");
 }
 
 TEST(Table, noTableGivesAReadingThatIsNoNumber) {
