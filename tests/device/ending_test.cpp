@@ -1,5 +1,5 @@
 // How a link ends, and what it is without its worker.
-#include "stress/loads.h"
+#include "bench/linkloads.h"
 
 #include <atomic>
 #include <cerrno>

@@ -1,5 +1,5 @@
 // Commands between the threads that give them and the worker: none lost, none doubled.
-#include "stress/loads.h"
+#include "bench/linkloads.h"
 
 namespace {
 

@@ -228,14 +228,3 @@ TEST_F(BoardTest, frozenBoardStandsStill) {
     board.nextFrame();
     EXPECT_NE(get(0x44, 6), first); // noise moves on with the frame
 }
-
-TEST_F(BoardTest, pokedBytesAnswerUntilUnpoked) {
-    board.poke(0x1C, {0x00, 0x80});
-    board.poke(0x4000, {0, 0});
-    EXPECT_EQ(get(0x1C), 0x8000U);
-    EXPECT_EQ(get(0x1D, 1), 0x80U);
-    EXPECT_EQ(frameWord(38400, 0), 0U);
-    EXPECT_EQ(frameWord(38400, 1), at20);
-    board.unpoke(0x1C);
-    EXPECT_EQ(get(0x1C), 6784U); // 26.5 °C
-}

@@ -231,29 +231,3 @@ TEST(Port, keepsAllItsAttributes) {
     }
     close(port);
 }
-
-TEST(Port, silenceCostsNoWallTime) {
-    Camera camera;
-    camera.install();
-    const int port = open("/dev/ttyS1", O_RDWR);
-    termios set{};
-    set.c_cc[VTIME] = 1;
-    tcsetattr(port, TCSANOW, &set);
-    char byte = 0;
-    for (int i = 0; i < 201; ++i)
-        EXPECT_EQ(read(port, &byte, 1), 0);
-    EXPECT_DOUBLE_EQ(camera.seconds(), 20.1);
-    EXPECT_EQ(camera.portCalls().emptyReads, 201U);
-    // What comes meanwhile ends the wait.
-    camera.coreLate(0.05);
-    EXPECT_EQ(write(port, askSum, 6), 6);
-    EXPECT_EQ(read(port, &byte, 1), 1);
-    EXPECT_DOUBLE_EQ(camera.seconds(), 20.15);
-    EXPECT_EQ(tcflush(port, TCIOFLUSH), 0);
-    const int polled = open("/dev/ttyS1", O_RDWR | O_NONBLOCK);
-    EXPECT_EQ(read(polled, &byte, 1), -1);
-    EXPECT_EQ(errno, EAGAIN);
-    EXPECT_DOUBLE_EQ(camera.seconds(), 20.15);
-    close(polled);
-    close(port);
-}

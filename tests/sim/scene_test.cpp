@@ -25,19 +25,6 @@ TEST(Scene, gradientIsStraightOverTheColumns) {
     EXPECT_DOUBLE_EQ(scene.at(1000, -3), 159.0);
 }
 
-TEST(Scene, paintingIsCutAtTheEdgesAndChangesTheStamp) {
-    Scene scene = Scene::uniform(160, 120, 20.0);
-    const Scene copy = scene;
-    EXPECT_EQ(copy.stamp(), scene.stamp());
-    scene.fill(150, 110, 500, 500, 50.0);
-    scene.set(-1, 3, 99.0);
-    EXPECT_NE(copy.stamp(), scene.stamp());
-    EXPECT_EQ(scene.at(149, 119), 20.0);
-    EXPECT_EQ(scene.at(150, 110), 50.0);
-    EXPECT_EQ(scene.max(), 50.0);
-    EXPECT_EQ(scene.min(), 20.0);
-}
-
 TEST(Scene, benchShowsItsTargetsInBothSizes) {
     const double celsius[] = {-10, 0, 37, 60, 80, 100, 140, 34};
     for (const int width : {384, 160}) {

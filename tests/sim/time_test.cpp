@@ -50,34 +50,6 @@ constexpr char highRange[] = "\xFF\xA5\x82\x04\xD2\x00\x00\x00\x54\x5A";
 
 } // namespace
 
-TEST(Clock, addsFramesAndCallsUntilItIsTied) {
-    Clock clock;
-    clock.passFrame();
-    clock.setFrameRate(50);
-    clock.passFrame();
-    clock.pass(5ms);
-    clock.setFrameRate(0); // changes nothing
-    clock.setFrameRate(std::nan(""));
-    EXPECT_EQ(clock.now(), 65ms);
-    EXPECT_EQ(clock.framePeriod(), 20ms);
-    clock.tie(1000);
-    clock.pass(100h); // the wall alone counts
-    clock.skip(1h);
-    std::this_thread::sleep_for(2ms);
-    EXPECT_GE(clock.now(), 1h + 2s);
-    EXPECT_LT(clock.now(), 50h);
-    EXPECT_EQ(clock.onTheWall(10s), 10ms);
-    clock.tie(-1);
-    const Time untied = clock.now();
-    EXPECT_GE(untied, 1h + 2s);
-    std::this_thread::sleep_for(1ms);
-    EXPECT_EQ(clock.now(), untied);
-
-    EXPECT_EQ(timeOf(0.3), 300ms);
-    EXPECT_EQ(timeOf(-1) + timeOf(std::nan("")), 0s);
-    EXPECT_EQ(timeOf(HUGE_VAL), 1000000000s);
-}
-
 TEST_F(TimeTest, framesAndSleepsAreTime) {
     readFrame();
     EXPECT_DOUBLE_EQ(camera.seconds(), 0.04);

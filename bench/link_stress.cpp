@@ -2,7 +2,7 @@
 // or when something is left behind; times are only shown. The figures go to standard error:
 //
 //     link_stress [commands [start-ups [constructions [silent ends]]]] >/dev/null
-#include "stress/loads.h"
+#include "bench/linkloads.h"
 
 #include <atomic>
 #include <cstdlib>
