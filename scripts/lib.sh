@@ -4,7 +4,10 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
 # What building and testing takes on Debian 12.
 build_packages=(g++ cmake ninja-build qt6-base-dev)
-test_packages=(libgtest-dev python3)
+test_packages=(libgtest-dev python3 help2man pkg-config)
+
+# Says on standard error how long the script has run.
+took() { echo "$(basename "$0"): ${SECONDS} s" >&2; }
 
 # Installs those of the named Debian packages that are missing.
 need() {
