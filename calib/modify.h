@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// The modify table.
+
 #include <array>
 
 /// The modify table: a factor for every half degree of inside temperature from -20 to 79.5 °C, by
@@ -12,12 +15,12 @@
 /// Highest inside temperature in °C that the Modify file last read gives a factor for; -20 without.
 [[gnu::visibility("default")]] extern float m_maxModifyTemp;
 
-/// Pure: values in, values out.
+/// Pure: values in, values out; reentrant.
 namespace irmcore {
 
-inline constexpr int modifyEntries = 200;
-inline constexpr double modifyStart = -20.0; // °C
-inline constexpr double modifyStep = 0.5;    // °C
+inline constexpr int modifyEntries = 200;    ///< entries of the table
+inline constexpr double modifyStart = -20.0; ///< °C of the first
+inline constexpr double modifyStep = 0.5;    ///< °C from entry to entry
 
 /// The inside temperature of entry `k`, °C.
 constexpr double modifyTemp(int k) { return k * modifyStep + modifyStart; }
@@ -28,8 +31,10 @@ int modifyEntry(float inside);
 /// The key of an entry in a Modify file: "Averg_" and its temperature, whole degrees without
 /// decimals.
 struct ModifyKey {
-    std::array<char, 12> text{};
+    std::array<char, 12> text{}; ///< NUL-terminated
 };
+
+/// The key of entry `k`, 0 to 199.
 constexpr ModifyKey modifyKey(int k) {
     ModifyKey key;
     std::size_t n = 0;

@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// The façade `FPGA`, with all that a host needs.
+
 #include "../calib/modify.h"
 #include "../device/fpgabottom.h"
 #include "../device/records.h"
@@ -20,8 +23,9 @@ struct Window;
 }
 
 /// The camera, as a host sees it. A host constructs one `FPGA` in a process, uses it from one
-/// thread, and destroys it last; all of this class is bound to that thread. The register operations
-/// of `FPGABottom` are methods of it too.
+/// thread, and destroys it last. The register operations of `FPGABottom` are methods of it too.
+///
+/// Thread-bound.
 ///
 /// Operations that read a file wait up to 20 ms when it has just been written.
 ///
@@ -92,12 +96,12 @@ public:
     // --- commands of the detector core, see Serial: device/fpga_corecommands.cpp ---
 
     int setIntTime(int range, unsigned short t); ///< takes `range` too; returns 0
-    int insideShutter();
-    int insideShutterNoVSK();
-    int autoShutter(bool on);
-    int setSerialVSK(unsigned short v); ///< prints a line
-    int getSerialVSK(unsigned short* v);
-    int getSerialSum(unsigned short* v);
+    int insideShutter();                         ///< see `Serial::insideShutter`
+    int insideShutterNoVSK();                    ///< see `Serial::insideShutterNoVSK`
+    int autoShutter(bool on);                    ///< see `Serial::autoShutter`
+    int setSerialVSK(unsigned short v);          ///< prints a line
+    int getSerialVSK(unsigned short* v);         ///< a query, see `Serial::readSerialVSK`
+    int getSerialSum(unsigned short* v);         ///< a query, see `Serial::readSerialSum`
 
     // --- sensor and shutter temperature: device/fpga_tracking.cpp ---
 
@@ -252,14 +256,14 @@ protected:
     int m_lenIndex;                  ///< -1 for none
     int m_tempRange;                 ///< index of the measuring range
     TempInfoTab m_tempInfoTab;       ///< the table as loaded
-    int m_coreVersionNum;
-    float m_modifyValue;       ///< modify factor last looked up
-    float m_deltaTemp;         ///< drift since the reference, °C
-    bool m_freeze;             ///< whether the picture is frozen, as last seen
-    float m_modifyShutterTemp; ///< corrected shutter temperature of the last update, °C
-    QString m_coreCpuVersionStr;
-    QString m_coreFPGAVersionStr;
-    IRPara m_irPara;
+    int m_coreVersionNum;            ///< command generation of the core: -1, 0 or 1
+    float m_modifyValue;             ///< modify factor last looked up
+    float m_deltaTemp;               ///< drift since the reference, °C
+    bool m_freeze;                   ///< whether the picture is frozen, as last seen
+    float m_modifyShutterTemp;       ///< corrected shutter temperature of the last update, °C
+    QString m_coreCpuVersionStr;     ///< empty until it is known
+    QString m_coreFPGAVersionStr;    ///< empty until it is known
+    IRPara m_irPara;                 ///< the table in force and its drift terms
 
 private:
     /// Sets the limits from the ends of a range, with the system parameters.

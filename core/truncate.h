@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// Conversions from floating point.
+
 #include <cmath>
 #include <cstdint>
 #include <limits>

@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// The VSK, a setting of the detector core that follows temperature.
+
 #include "truncate.h"
 
 #include <cstdint>
@@ -17,9 +20,9 @@ namespace irmcore {
 
 /// A VSK brought to another temperature.
 struct VskStep {
-    std::uint16_t vsk;
-    float reference; ///< °C
-    bool moved;      ///< whether the temperature was far enough from the reference
+    std::uint16_t vsk; ///< raw number of the core
+    float reference;   ///< °C
+    bool moved;        ///< whether the temperature was far enough from the reference
 };
 
 /// Brings `base` from the temperature `reference` to `celsius`: by 2.5 a degree when it is below

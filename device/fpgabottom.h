@@ -14,8 +14,7 @@
 /// the byte back; if that read fails the other bits of the byte are written as 0, and the line
 /// "read data failed" is the only notice.
 ///
-/// Thread: bound to the host's thread. Each transfer is two system calls on one descriptor, and
-/// nothing is locked.
+/// Thread-bound: each transfer is two system calls on one descriptor, and nothing is locked.
 class [[gnu::visibility("default")]] FPGABottom {
 public:
     /// Opens the device for reading and writing. When that fails "open fpga device failed" goes to

@@ -4,6 +4,7 @@
 #include <pthread.h>
 
 /// A lock that knows which thread took it last, with a condition to wait on. Not recursive.
+///
 /// Thread-safe.
 class [[gnu::visibility("default")]] Mutex {
 public:
@@ -29,9 +30,9 @@ public:
     bool tryLock();
 
 protected:
-    pthread_mutexattr_t m_mutexAttribute;
-    pthread_mutex_t m_mutex;
-    pthread_condattr_t m_conditionAttribute;
-    pthread_cond_t m_condition;
-    std::atomic<pthread_t> m_owner; ///< the thread that took the lock last
+    pthread_mutexattr_t m_mutexAttribute;    ///< the default's
+    pthread_mutex_t m_mutex;                 ///< the lock
+    pthread_condattr_t m_conditionAttribute; ///< the default's
+    pthread_cond_t m_condition;              ///< what `wait` waits on
+    std::atomic<pthread_t> m_owner;          ///< the thread that took the lock last
 };

@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// What registers carry, as records.
+
 #include <cstddef>
 #include <cstdint>
 
@@ -26,7 +29,7 @@ struct _point_max {
 /// The rectangle of one measurement area. The library passes the four words on unchanged; the
 /// FPGA takes them as x0, y0, x1, y1, all inclusive.
 struct _area {
-    std::uint16_t bounds[4];
+    std::uint16_t bounds[4]; ///< x0, y0, x1, y1
 };
 
 /// What the FPGA computed for one measurement area, in register order.

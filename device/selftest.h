@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// Hooks of the board's self-test.
+
 class Serial;
 
 /// Does nothing; a hook for the board's self-test.

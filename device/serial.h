@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// The link to the detector core.
+
 #include "mutex.h"
 
 #include <atomic>
@@ -20,7 +23,8 @@ struct Data_t {
 static_assert(sizeof(Data_t) == 2 * sizeof(void*) && offsetof(Data_t, len) == 1 &&
               offsetof(Data_t, data) == sizeof(void*));
 
-/// Length of the frame last built. For the host; not read by the library.
+/// Length of the frame last built, by the worker too: only steady while no command is under way.
+/// For the host; not read by the library.
 [[gnu::visibility("default")]] extern int g_writeData_length;
 /// Reply length that the last query asked for. For the host; not read by the library.
 [[gnu::visibility("default")]] extern int g_readData_length;
@@ -38,9 +42,10 @@ static_assert(sizeof(Data_t) == 2 * sizeof(void*) && offsetof(Data_t, len) == 1 
 /// for the query before is not taken for its own. A late reply that arrives during the next query
 /// still is.
 ///
-/// Commands and queries are thread-safe, `shutDown` apart, which sounds the alarm through the FPGA
-/// and belongs on the host's thread. The rest (port set-up, frames, transfers) uses the port and
-/// the buffers without the lock: not while a command or query is under way. A command given shortly
+/// Thread-safe: commands and queries, `shutDown` apart, which sounds the alarm through the FPGA
+/// and is thread-bound. So is the rest (port set-up, frames, transfers): it uses the port and the
+/// buffers without the lock, so not while a command or query is under way. One link a process:
+/// the slot is shared by all. A command given shortly
 /// before `closeSerial` may be lost with the port.
 class [[gnu::visibility("default")]] Serial {
 public:
@@ -109,19 +114,19 @@ public:
 
     // --- without effect ---
 
-    void readPowerStatus();
-    void readSensorTemp(unsigned int);
-    void setTempRange(int code);
+    void readPowerStatus();            ///< does nothing
+    void readSensorTemp(unsigned int); ///< does nothing
+    void setTempRange(int code);       ///< does nothing
 
 protected:
-    const char* m_path;
-    std::atomic<int> m_fd; ///< negative while the port is not open or detached
-    unsigned char* m_sendBuf;
-    unsigned char* m_recvBuf;
-    pthread_t m_thread;
+    const char* m_path;       ///< the caller's
+    std::atomic<int> m_fd;    ///< negative while the port is not open or detached
+    unsigned char* m_sendBuf; ///< 128 bytes, owned
+    unsigned char* m_recvBuf; ///< 128 bytes, owned
+    pthread_t m_thread;       ///< the worker
     std::atomic<bool> m_stop; ///< tells the worker to end
-    Mutex m_mutex;
-    FPGA* m_fpga; ///< not owned
+    Mutex m_mutex;            ///< for the slot, the buffers and the port
+    FPGA* m_fpga;             ///< not owned
 
 private:
     struct Private;

@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// The display window's modes and limits.
+
 #include <cstdint>
 
 /// How the window is placed.

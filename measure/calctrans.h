@@ -1,6 +1,9 @@
 #pragma once
 
-/// The atmospheric transmission model, see `irmcore::transmission`. It has no data.
+/// The atmospheric transmission model, the product of the absorption of water vapour and of carbon
+/// dioxide, each straight between breakpoints. It has no data.
+///
+/// Thread-safe.
 class [[gnu::visibility("default")]] CalcTrans {
 public:
     /// Transmission, 0 to 1, of `dist` whole metres of air at `envTemp` °C and a relative humidity

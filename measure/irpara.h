@@ -13,7 +13,7 @@
 ///
 /// The conversions are `irmcore::adToTableTemp`, `tempToTableAd` and `tableDeltaAd`.
 ///
-/// Thread: bound to the host's thread. Owned by the façade.
+/// Reentrant; the façade's own object is thread-bound with it.
 class [[gnu::visibility("default")]] IRPara {
 public:
     /// A table of two entries, -20 °C at 28672 and 400 °C at 45056; lens, sensor and shutter at

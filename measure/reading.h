@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// Readings and measurement parameters.
+
 #include <cstddef>
 #include <cstdint>
 
@@ -11,7 +14,7 @@
 /// the FPGA did not take the position or deliver the point, and only `status` was written.
 /// Only "OK" marks a temperature to rely on.
 struct IrTempStru {
-    char status[6];
+    char status[6];          ///< NUL-terminated, see above
     std::uint16_t ad;        ///< the count the reading was made from, or computed for it
     float temp;              ///< °C
     std::uint16_t correctAD; ///< the count after the shutter term was added

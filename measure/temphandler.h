@@ -13,7 +13,7 @@ struct Model;
 /// `irmcore::objectTemp` and `objectAd`, over the table and the shutter term of the owner. Without
 /// an owner (a null pointer) there is no table, and readings are marked "NULL".
 ///
-/// Thread: bound to the host's thread.
+/// Thread-bound.
 class [[gnu::visibility("default")]] TempHandler {
 public:
     /// Emissivity 0.95, 5 m, no offset, air and surroundings at 25 °C, humidity 0.6, range -20 to
@@ -49,19 +49,19 @@ public:
 protected:
     friend class FPGA; // calibration mode is switched on both models at once
 
-    bool m_biaoDing;    ///< calibration mode
-    float m_emiss;      ///< fraction
-    float m_dist;       ///< m
-    float m_offset;     ///< °C
-    float m_envTemp;    ///< °C
-    float m_humid;      ///< fraction
-    float m_reflecTemp; ///< °C
-    float m_trans;      ///< 0 to 1
-    float m_dewpoint;   ///< °C
-    FPGA* m_fpga;       ///< not owned
-    CalcTrans m_calcTrans;
-    int m_tempRangeMin; ///< °C
-    int m_tempRangeMax; ///< °C
+    bool m_biaoDing;       ///< calibration mode
+    float m_emiss;         ///< fraction
+    float m_dist;          ///< m
+    float m_offset;        ///< °C
+    float m_envTemp;       ///< °C
+    float m_humid;         ///< fraction
+    float m_reflecTemp;    ///< °C
+    float m_trans;         ///< 0 to 1
+    float m_dewpoint;      ///< °C
+    FPGA* m_fpga;          ///< not owned
+    CalcTrans m_calcTrans; ///< has no data
+    int m_tempRangeMin;    ///< °C
+    int m_tempRangeMax;    ///< °C
 
 private:
     [[gnu::visibility("hidden")]] irmcore::Model model() const;

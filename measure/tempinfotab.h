@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// The record of a calibration table.
+
 #include <cstddef>
 #include <cstdint>
 
@@ -8,16 +11,16 @@
 /// A usable table has at least two entries, with counts and temperatures rising from entry to
 /// entry. What other tables give is defined too, see `irmcore::adToTableTemp`.
 struct TempInfoTab {
-    float lenTemp;       ///< lens temperature, °C
-    float sensorTemp;    ///< detector temperature, °C
-    float shutterTemp;   ///< shutter temperature, °C
-    std::uint16_t maxAD; ///< highest count that is converted
-    std::uint16_t minAD; ///< lowest count that is converted
-    std::uint16_t reserved;
-    std::uint16_t tempNum; ///< entries in use, at most 60
-    std::int16_t baseTemp; ///< °C; kept for the host, used by no conversion
-    std::uint16_t ad[60];  ///< counts; entry i belongs to `temp[i]`
-    std::int16_t temp[60]; ///< whole °C
+    float lenTemp;          ///< lens temperature, °C
+    float sensorTemp;       ///< detector temperature, °C
+    float shutterTemp;      ///< shutter temperature, °C
+    std::uint16_t maxAD;    ///< highest count that is converted
+    std::uint16_t minAD;    ///< lowest count that is converted
+    std::uint16_t reserved; ///< copied, never interpreted
+    std::uint16_t tempNum;  ///< entries in use, at most 60
+    std::int16_t baseTemp;  ///< °C; kept for the host, used by no conversion
+    std::uint16_t ad[60];   ///< counts; entry i belongs to `temp[i]`
+    std::int16_t temp[60];  ///< whole °C
 };
 
 // Hosts share this layout.
