@@ -13,7 +13,10 @@ enum ExitCode : int {
 };
 
 int runDemo(const QStringList& words);
+int runRecord(const QStringList& words);
+int runReplay(const QStringList& words);
 int runSim(const QStringList& words);
+int runTrace(const QStringList& words);
 
 /// Puts one line on standard error: "irmcore: " and the text.
 void complain(const QString& text);

@@ -21,7 +21,11 @@ struct Command {
 
 constexpr std::array commands{
     Command{"demo", "measure a scene on the simulated camera", app::runDemo},
-    Command{"sim", "the simulated camera: write its sample directory", app::runSim},
+    Command{"record", "run a program and record what the camera does", app::runRecord},
+    Command{"replay", "run a program on a recorded camera", app::runReplay},
+    Command{"sim", "the simulated camera: run a program on it, write its sample directory",
+            app::runSim},
+    Command{"trace", "run a program and log its transfers with the camera", app::runTrace},
 };
 
 void printHelp(std::FILE* to) {

@@ -66,7 +66,7 @@ long Board::write(std::uint32_t address, const void* buf, std::size_t len) {
 void Board::readFrame(std::uint8_t* out, std::size_t len) {
     if (len == reg::framePart384) {
         if (m_part == 0)
-            deliver(frame(), partedWidth, partedHeight, m_stream.data());
+            refreshStream(partedWidth, partedHeight);
         std::memcpy(out, m_stream.data() + m_part * len, len);
         m_part = (m_part + 1) % reg::frameParts384;
         if (m_part == 0)
@@ -74,13 +74,22 @@ void Board::readFrame(std::uint8_t* out, std::size_t len) {
         return;
     }
     restartFrame();
-    deliver(frame(), wholeWidth, wholeHeight, m_stream.data());
+    refreshStream(wholeWidth, wholeHeight);
     const std::size_t whole = reg::frame.length;
     std::memcpy(out, m_stream.data(), std::min(len, whole));
     if (len > whole)
         std::memset(out + whole, 0, len - whole);
     if (len == whole)
         nextFrame();
+}
+
+void Board::refreshStream(int width, int height) {
+    const Frame& now = frame();
+    if (m_streamOf == m_frameStamp && m_streamWidth == width)
+        return;
+    deliver(now, width, height, m_stream.data());
+    m_streamOf = m_frameStamp;
+    m_streamWidth = width;
 }
 
 void Board::setLensCode(unsigned code) { m_lensCode = code & reg::lensCodeMask; }
@@ -116,8 +125,14 @@ std::uint8_t Board::kept(std::uint32_t address) const {
     return address < m_kept.size() ? m_kept[address] : std::uint8_t{0};
 }
 
+void Board::show(const Frame& frame) {
+    m_frame = frame;
+    m_given = true;
+    ++m_frameStamp;
+}
+
 const Frame& Board::frame() {
-    if (m_frozen && m_frameStamp != 0)
+    if (m_given || (m_frozen && m_frameStamp != 0))
         return m_frame;
     bool changed = false;
     if (m_countsScene != m_scene.stamp() || m_countsDetector != m_detector.stamp()) {
@@ -142,9 +157,7 @@ const Frame& Board::frame() {
         changed = true;
     }
     if (changed || (m_detector.noise() > 0 && m_frameOf != m_frameNumber)) {
-        for (std::size_t i = 0; i < m_counts.size(); ++i)
-            m_frame.ad[i] =
-                m_detector.rawOf(m_counts[i], m_frameNumber, static_cast<std::uint32_t>(i));
+        m_detector.rawFrame(m_counts, m_frameNumber, m_frame.ad);
         m_frameOf = m_frameNumber;
         ++m_frameStamp;
     }

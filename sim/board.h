@@ -8,6 +8,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -53,6 +54,17 @@ public:
     std::uint64_t frameNumber() const { return m_frameNumber; }
     bool frozen() const { return m_frozen; }
 
+    /// From now on this is the present frame, whatever scene and detector are.
+    void show(const Frame& frame);
+
+    /// The run of bytes in which a host sets what is measured at an address; without bytes for the
+    /// statistics of the whole frame. Nothing for an address at which nothing is measured.
+    struct Settings {
+        std::uint32_t address;
+        std::size_t length;
+    };
+    std::optional<Settings> settingsOf(std::uint32_t address) const;
+
     /// The present frame: the frozen one while the picture is frozen.
     const Frame& frame();
     /// The present frame's AD at a pixel; 0 outside it.
@@ -73,6 +85,7 @@ private:
     };
 
     void readFrame(std::uint8_t* out, std::size_t len);
+    void refreshStream(int width, int height);
     void answerStatistics(Window& window);
     void answerPoints(Window& window);
     void answerAreas(Window& window);
@@ -97,6 +110,7 @@ private:
 
     std::uint64_t m_frameNumber = 0;
     bool m_frozen = false;
+    bool m_given = false; // the frame is that of show()
 
     // Counts of the scene without noise, and the frame made of them.
     std::vector<double> m_counts;
@@ -112,7 +126,9 @@ private:
     std::uint16_t m_peak = 0;
     std::vector<std::uint32_t> m_bins;
 
-    std::vector<std::uint8_t> m_stream; // the frame being read in parts
+    std::vector<std::uint8_t> m_stream; // the frame being read, in its present size
+    std::uint64_t m_streamOf = 0;       // the frame stamp that it was made for
+    int m_streamWidth = 0;
     std::size_t m_part = 0;
 };
 

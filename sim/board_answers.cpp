@@ -70,6 +70,27 @@ void Board::answerStatistics(Window& window) {
     window.put(reg::histogramPeak, m_peak);
 }
 
+std::optional<Board::Settings> Board::settingsOf(std::uint32_t address) const {
+    const auto within = [address](std::uint32_t first, std::uint32_t last) {
+        return address >= first && address <= last;
+    };
+    using namespace reg;
+    if (within(frameMax.address, frameMinY.address + 1U) ||
+        within(shownMaxX.address, shownMinY.address + 1U) ||
+        within(pixelCount.address, pixelCount.address + 3U) ||
+        within(fpgaLevel.address, fpgaGain.address + 1U) ||
+        within(histogramMax.address, reg::histogramPeak.address + 1U))
+        return Settings{0, 0};
+    for (unsigned i = 0; i < m_points.size(); ++i)
+        if (m_points[i] && within(pointAd.at(i).address, pointAd.at(i).address + 1U))
+            return Settings{pointPosition.at(i).address, 4};
+    for (unsigned i = 0; i < m_areas.size(); ++i)
+        if (m_areas[i].alive && (within(areaMax.at(i).address, areaAvg.at(i).address + 1U) ||
+                                 within(areaPos.at(i).address, areaPos.at(i).address + 7U)))
+            return Settings{areaBounds.at(i).address, 8};
+    return std::nullopt;
+}
+
 void Board::answerPoints(Window& window) {
     for (unsigned i = 0; i < m_points.size(); ++i) {
         const auto result = reg::pointAd.at(i);

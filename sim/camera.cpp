@@ -1,5 +1,8 @@
 #include "camera.h"
 
+#include "replay.h"
+#include "replayport.h"
+
 #include <array>
 #include <cstdio>
 #include <utility>
@@ -36,7 +39,10 @@ void Camera::uninstall() {
 }
 
 Camera& Camera::scene(Scene scene) {
-    return with([&] { m_scene = std::move(scene); });
+    return with([&] {
+        m_scenario.stage.setBackdrop(scene);
+        m_scene = m_scenario.stage.picture();
+    });
 }
 
 Camera& Camera::range(int range) {
@@ -59,10 +65,12 @@ Camera& Camera::insideTemp(double celsius) {
 }
 
 Camera& Camera::temperatures(double shutter, double sensor) {
-    return with([&] {
-        m_warmUp.reset();
-        m_detector.setTemperatures(shutter, sensor);
-    });
+    return with([&] { setTemperatures(shutter, sensor); });
+}
+
+void Camera::setTemperatures(double shutter, double sensor) {
+    m_warmUp.reset();
+    m_detector.setTemperatures(shutter, sensor);
 }
 
 Camera& Camera::calibrate() {
@@ -90,12 +98,14 @@ Camera& Camera::noise(double sigmaAd, std::uint64_t seed) {
 }
 
 Camera& Camera::lens(int index) {
-    return with([&] {
-        if (index < 0 || index >= static_cast<int>(lensCodes.size()))
-            return;
-        m_detector.setLens(index);
-        m_board.setLensCode(lensCodes[static_cast<std::size_t>(index)]);
-    });
+    return with([&] { setLens(index); });
+}
+
+void Camera::setLens(int index) {
+    if (index < 0 || index >= static_cast<int>(lensCodes.size()))
+        return;
+    m_detector.setLens(index);
+    m_board.setLensCode(lensCodes[static_cast<std::size_t>(index)]);
 }
 
 Camera& Camera::lensCode(unsigned code) {

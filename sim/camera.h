@@ -6,6 +6,7 @@
 #include "detectorcore.h"
 #include "interpose.h"
 #include "ptyport.h"
+#include "scenario.h"
 #include "scene.h"
 #include "serialport.h"
 #include "shutter.h"
@@ -20,6 +21,10 @@
 #include <vector>
 
 namespace irmsim {
+
+class Replay;
+class ReplayPort;
+struct Tape;
 
 /// One transfer that a host made on the FPGA device.
 struct Transfer {
@@ -130,6 +135,15 @@ public:
     /// The next frame, and its time, as if the host had read one.
     Camera& nextFrame();
 
+    /// What happens to the camera as its time passes, from now on: camera_scenario.cpp. An event is
+    /// seen by the first call at or after its time.
+    Camera& scenario(Scenario scenario);
+
+    /// From now on the camera answers as a recorded session did; all else that is set up here is
+    /// without effect. The tape's bytes outlive the camera. With `loop` the session begins anew
+    /// when it has ended. Before `install`: camera_replay.cpp.
+    Camera& replay(const Tape& tape, bool loop);
+
     // --- the detector core and its port: camera_core.cpp ---
 
     Camera& coreAnswers(const CoreAnswers& answers);
@@ -234,11 +248,12 @@ public:
     /// For a read or write of a pty: 0 lets `len` bytes through, which a fault may have cut.
     long ptyCall(bool write, std::size_t& len);
     void emptyPtyRead();
-    PtyPort* pty() { return m_pty.get(); }
+    PtyPort* pty() const { return m_pty.get(); }
 
     /// Wall time that a sleep takes, and its end: camera_time.cpp
     Time wallTimeOfSleep(Time time) const;
     void sleepCall(Time time);
+    Time timeCall() const { return m_clock.now(); }
 
 private:
     /// A fault waiting for its call.
@@ -247,6 +262,7 @@ private:
         Fault fault{0, 0};
         Lasting lasting = Lasting::once;
     };
+    long replayedPortWrite(const std::uint8_t* bytes, std::size_t n);
     template <typename Change>
     Camera& with(Change change) { // under the lock, at the present time
         const std::lock_guard<std::mutex> hold(cameraLock());
@@ -257,8 +273,13 @@ private:
     }
     void startPty();
     void stopPty();
-    /// Brings temperatures and calibrations up to the clock.
+    /// Brings the scenario, temperatures and calibrations up to the clock.
     void catchUp();
+    void catchUpTo(Time time);
+    void playScenario(Time now);
+    void happen(const Event& event);
+    void setTemperatures(double shutter, double sensor);
+    void setLens(int index);
     void follow(Time time);
     std::vector<Reply> receive(const std::uint8_t* bytes, std::size_t n);
     long passPort(Pending& pending, std::size_t* len);
@@ -275,6 +296,7 @@ private:
     std::optional<WarmUp> m_warmUp;
     Time m_warmUpStart{0};
     Time m_followed{-1}; // the temperatures are this time's
+    Scenario m_scenario;
 
     DetectorCore m_core;
     SerialPort m_port;
@@ -283,6 +305,8 @@ private:
     bool m_portPresent = true;
     bool m_portPlugged = true;
     PortCalls m_portCalls;
+    std::unique_ptr<Replay> m_replay; // both or none
+    std::unique_ptr<ReplayPort> m_replayPort;
     bool m_present = true;
     bool m_plugged = true;
     Pending m_transferFault;

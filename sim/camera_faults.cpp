@@ -2,6 +2,7 @@
 
 #include "camera.h"
 #include "device/registers.h"
+#include "replay.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -78,6 +79,8 @@ void Camera::clearCalls() {
 long Camera::openCall(int flags) {
     ++m_calls.open;
     m_calls.openFlags = flags;
+    if (m_replay)
+        return m_replay->open();
     if (!m_present)
         return -ENOENT;
     return m_plugged ? 0 : -ENODEV;
@@ -85,6 +88,8 @@ long Camera::openCall(int flags) {
 
 long Camera::seekCall() {
     ++m_calls.lseek;
+    if (m_replay)
+        return m_replay->seek();
     const auto fault = strike(m_seekFault);
     return fault ? -fault->error : 0;
 }
@@ -93,6 +98,8 @@ long Camera::readCall(std::uint32_t address, void* buf, std::size_t len) {
     ++m_calls.read;
     if (buf == nullptr && len > 0)
         return -EFAULT;
+    if (m_replay)
+        return m_replay->read(address, buf, len);
     catchUp();
     const auto fault = strike(m_transferFault);
     long result = -ENODEV;
@@ -111,6 +118,8 @@ long Camera::writeCall(std::uint32_t address, const void* buf, std::size_t len) 
     ++m_calls.write;
     if (buf == nullptr && len > 0)
         return -EFAULT;
+    if (m_replay)
+        return m_replay->write(address, buf, len);
     catchUp();
     const auto fault = strike(m_transferFault);
     long result = -ENODEV;

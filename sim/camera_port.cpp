@@ -2,6 +2,8 @@
 
 #include "camera.h"
 
+#include "replayport.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
@@ -90,6 +92,10 @@ std::vector<Reply> Camera::receive(const std::uint8_t* bytes, std::size_t n) {
 long Camera::openPortCall(int flags) {
     ++m_portCalls.open;
     m_portCalls.openFlags = flags;
+    if (m_replayPort) {
+        m_port.flushInput(m_clock.now());
+        return m_replayPort->open();
+    }
     if (!m_portPresent)
         return -ENOENT;
     if (!m_portPlugged)
@@ -121,6 +127,8 @@ Camera::PortRead Camera::readPortCall(void* buf, std::size_t len, bool blocking,
             return {0};
         if (buf == nullptr)
             return {-EFAULT};
+        if (m_replayPort && !m_port.nextDue() && m_replayPort->readError() != 0)
+            return {m_replayPort->readError()};
         deadline = m_clock.now() + (blocking ? m_port.patience() : Time(0));
     } else if (!m_portPlugged) {
         return {-EIO};
@@ -147,6 +155,8 @@ long Camera::writePortCall(const void* buf, std::size_t len) {
         return error;
     constexpr std::size_t most = 4096; // as a terminal's buffer
     len = std::min(len, most);
+    if (m_replayPort)
+        return replayedPortWrite(static_cast<const std::uint8_t*>(buf), len);
     for (Reply& reply : receive(static_cast<const std::uint8_t*>(buf), len))
         m_port.arrive(std::move(reply.bytes), m_clock.now() + reply.after);
     return static_cast<long>(len);
@@ -154,6 +164,8 @@ long Camera::writePortCall(const void* buf, std::size_t len) {
 
 long Camera::attributesCall() {
     ++m_portCalls.attributes;
+    if (m_replayPort)
+        return m_replayPort->attributes();
     return passPort(m_setupFault, nullptr);
 }
 

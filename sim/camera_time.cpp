@@ -60,13 +60,20 @@ void Camera::sleepCall(Time time) {
 
 void Camera::catchUp() {
     const Time now = m_clock.now();
+    if (m_scenario.due() <= now)
+        playScenario(now);
+    catchUpTo(now);
+}
+
+void Camera::catchUpTo(Time now) {
     while (const auto done = m_shutter.takeDone(now)) {
         follow(*done);
         m_detector.calibrate();
         ++m_calibrations;
     }
     // Tied to the wall the time is never twice the same: as often as frames come is enough then.
-    if (!m_clock.tied() || m_clock.onTheWall(now - m_followed) >= m_clock.framePeriod())
+    if (m_clock.tied() ? m_clock.onTheWall(now - m_followed) >= m_clock.framePeriod()
+                       : now != m_followed)
         follow(now);
     const bool closed = m_shutterHeld || m_shutter.closed();
     if (m_detector.shutterClosed() != closed)

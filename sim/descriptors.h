@@ -2,6 +2,8 @@
 
 // What the files that stand in for the C library's calls share.
 
+#include "observer.h"
+
 #include <array>
 #include <atomic>
 #include <cstdint>
@@ -36,11 +38,14 @@ private:
     std::atomic<void*> m_found{nullptr};
 };
 
+extern Next<off64_t(int, off64_t, int)> nextSeek64;
 extern Next<ssize_t(int, void*, std::size_t)> nextRead;
 extern Next<ssize_t(int, const void*, std::size_t)> nextWrite;
 
-/// What a descriptor of ours is.
-enum class Kind { device, virtualPort, pty };
+/// What a descriptor of ours is; the real ones are only watched.
+enum class Kind { device, virtualPort, pty, realDevice, realPort };
+inline bool isReal(Kind kind) { return kind == Kind::realDevice || kind == Kind::realPort; }
+inline bool isPort(Kind kind) { return kind != Kind::device && kind != Kind::realDevice; }
 
 /// One descriptor. `fd` and `kind` are read without the lock, the rest under it.
 struct Slot {
@@ -60,8 +65,10 @@ Slot* slotOf(int fd);
 Camera* installedCamera();
 /// The camera that a descriptor was opened on, when it is still there.
 Camera* cameraOf(const Slot& slot);
-/// Takes a real descriptor in, of the present camera; closes it when there are too many. Null for a
-/// negative `fd` too.
+/// Keeps a descriptor, of the present camera unless it is only watched. Null when there are too
+/// many.
+Slot* keep(int fd, Kind kind);
+/// The same, but closes a descriptor that cannot be kept. Null for a negative `fd` too.
 Slot* takeIn(int fd, Kind kind);
 /// A descriptor with nothing behind it: real, so that a leak shows and no other file gets the
 /// number.
@@ -72,6 +79,22 @@ long resultOf(long result);
 
 /// Whether a camera is installed. Without the lock.
 bool anyCamera();
+
+/// Whether somebody is to be told of calls. Without the lock.
+bool observed();
+/// Tells the observer, with the time; under the lock. `result` is given back.
+long report(const Slot& slot, Observation::Call call, long result, const void* bytes = nullptr,
+            std::size_t len = 0);
+long reportOpen(bool port, long result);
+
+// Real devices, while they are observed: interpose_real.cpp
+/// Begins to watch a descriptor that the C library has opened on a real device's path.
+int watchReal(const char* path, int fd);
+std::int64_t seekReal(Slot& slot, std::int64_t offset, int whence);
+ssize_t readReal(Slot& slot, void* buf, std::size_t len);
+ssize_t writeReal(Slot& slot, const void* buf, std::size_t len);
+/// Reports a terminal call that has been made, and gives its result back.
+int reportReal(const Slot& slot, Observation::Call call, int result);
 
 // The device: interpose_device.cpp
 int openDevice(int flags);

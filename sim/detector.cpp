@@ -58,13 +58,29 @@ std::uint64_t mix(std::uint64_t x) { // splitmix64
     return x ^ (x >> 31);
 }
 
-/// Noise of mean 0 and deviation 1: the sum of a hash's four 16-bit words, nearly a normal
-/// distribution, never beyond 3.47. Free of library functions, so equal on every processor.
-double unitNoise(std::uint64_t seed, std::uint64_t frame, std::uint32_t pixel) {
-    const std::uint64_t h = mix(mix(mix(seed) ^ frame) ^ pixel);
-    const std::uint64_t sum =
-        (h & 0xFFFF) + ((h >> 16) & 0xFFFF) + ((h >> 32) & 0xFFFF) + (h >> 48);
-    return (static_cast<double>(sum) - 131070.0) / 37837.2270;
+/// Noise of mean 0 and deviation 1 of one frame's pixels: the sum of a hash's four 16-bit words,
+/// nearly a normal distribution, never beyond 3.47. Free of library functions, so equal on every
+/// processor.
+class UnitNoise {
+public:
+    UnitNoise(std::uint64_t seed, std::uint64_t frame) : m_frame(mix(mix(seed) ^ frame)) {}
+
+    double operator()(std::uint32_t pixel) const {
+        const std::uint64_t h = mix(m_frame ^ pixel);
+        const auto sum = static_cast<std::int32_t>((h & 0xFFFF) + ((h >> 16) & 0xFFFF) +
+                                                   ((h >> 32) & 0xFFFF) + (h >> 48));
+        return (static_cast<double>(sum) - 131070.0) / 37837.2270;
+    }
+
+private:
+    std::uint64_t m_frame;
+};
+
+/// Counts to the nearest whole one, cut to 0..65535.
+std::uint16_t wordOf(double counts) {
+    if (!(counts > 0)) // not a number: 0 too
+        return 0;
+    return static_cast<std::uint16_t>(std::min(counts + 0.5, 65535.0));
 }
 
 } // namespace
@@ -157,10 +173,20 @@ std::uint16_t Detector::raw(double celsius, std::uint64_t frame, std::uint32_t p
 std::uint16_t Detector::rawOf(double counts, std::uint64_t frame, std::uint32_t pixel) const {
     if (m_closed)
         return 32768;
-    const double noisy = m_sigma > 0 ? counts + m_sigma * unitNoise(m_seed, frame, pixel) : counts;
-    if (!(noisy > 0)) // not a number: 0 too
-        return 0;
-    return static_cast<std::uint16_t>(std::min(std::floor(noisy + 0.5), 65535.0));
+    return wordOf(m_sigma > 0 ? counts + m_sigma * UnitNoise(m_seed, frame)(pixel) : counts);
+}
+
+void Detector::rawFrame(const std::vector<double>& counts, std::uint64_t frame,
+                        std::vector<std::uint16_t>& out) const {
+    if (m_closed) {
+        std::fill(out.begin(), out.end(), std::uint16_t{32768});
+    } else if (m_sigma > 0) {
+        const UnitNoise noise(m_seed, frame);
+        for (std::size_t i = 0; i < counts.size(); ++i)
+            out[i] = wordOf(counts[i] + m_sigma * noise(static_cast<std::uint32_t>(i)));
+    } else {
+        std::transform(counts.begin(), counts.end(), out.begin(), wordOf);
+    }
 }
 
 double Detector::temperatureOf(double counts) const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 namespace irmsim {
 
@@ -77,6 +78,9 @@ public:
     std::uint16_t raw(double celsius, std::uint64_t frame, std::uint32_t pixel) const;
     /// `raw` for counts already worked out.
     std::uint16_t rawOf(double counts, std::uint64_t frame, std::uint32_t pixel) const;
+    /// `rawOf` for all pixels of a frame; `out` has the size of `counts`.
+    void rawFrame(const std::vector<double>& counts, std::uint64_t frame,
+                  std::vector<std::uint16_t>& out) const;
     /// The object temperature in °C that gives these counts, within -120..1500; beyond, the bound.
     double temperatureOf(double counts) const;
 

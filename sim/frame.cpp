@@ -1,6 +1,7 @@
 #include "frame.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace irmsim {
 
@@ -35,6 +36,11 @@ std::uint16_t histogramPeak(const Frame& frame, std::vector<std::uint32_t>& bins
 }
 
 void deliver(const Frame& frame, int width, int height, std::uint8_t* out) {
+    constexpr bool littleEndian = __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__;
+    if (littleEndian && frame.width == width && frame.height == height) {
+        std::memcpy(out, frame.ad.data(), frame.ad.size() * sizeof frame.ad[0]);
+        return;
+    }
     for (int y = 0; y < height; ++y) {
         const int fromY = (2 * y + 1) * frame.height / (2 * height);
         for (int x = 0; x < width; ++x) {

@@ -18,6 +18,7 @@
 
 namespace irmsim {
 
+Next<off64_t(int, off64_t, int)> nextSeek64("lseek64");
 Next<ssize_t(int, void*, std::size_t)> nextRead("read");
 Next<ssize_t(int, const void*, std::size_t)> nextWrite("write");
 
@@ -25,13 +26,16 @@ namespace {
 
 Next<int(const char*, int, ...)> nextOpen("open");
 Next<int(const char*, int, ...)> nextOpen64("open64");
+Next<int(int, const char*, int, ...)> nextOpenAt("openat");
+Next<int(int, const char*, int, ...)> nextOpenAt64("openat64");
 Next<off_t(int, off_t, int)> nextSeek("lseek");
-Next<off64_t(int, off64_t, int)> nextSeek64("lseek64");
 Next<int(int)> nextClose("close");
 
 __attribute__((constructor(101))) void lookUpEarly() {
     *nextOpen;
     *nextOpen64;
+    *nextOpenAt;
+    *nextOpenAt64;
     *nextSeek;
     *nextSeek64;
     *nextRead;
@@ -54,7 +58,7 @@ bool answers(const char* path, const char* of) {
 
 Slot* deviceOf(int fd) {
     Slot* slot = slotOf(fd);
-    return slot != nullptr && slot->kind == Kind::device ? slot : nullptr;
+    return slot != nullptr && !isPort(slot->kind) ? slot : nullptr;
 }
 
 /// Forgets a descriptor that is about to be closed.
@@ -68,11 +72,27 @@ void letGo(Slot& slot, int fd) {
         else
             camera->closePortCall();
     }
+    report(slot, Observation::Call::close, 0);
     slot.fd.store(-1, std::memory_order_release);
     slotsInUse.fetch_sub(1, std::memory_order_release);
 }
 
 bool takesMode(int flags) { return (flags & O_CREAT) != 0 || (flags & O_TMPFILE) == O_TMPFILE; }
+
+/// Opens a path on the camera, or as `next` does.
+template <typename OpenNext>
+int openPath(const char* path, int flags, OpenNext next) {
+    if (answers(path, fpgaDevicePath))
+        return openDevice(flags);
+    if (answers(path, serialPortPath))
+        return openPort(flags);
+    const int fd = next();
+    return observed() && !anyCamera() ? watchReal(path, fd) : fd;
+}
+
+std::int64_t seekSlot(Slot& slot, std::int64_t offset, int whence) {
+    return isReal(slot.kind) ? seekReal(slot, offset, whence) : seekDevice(slot, offset, whence);
+}
 
 } // namespace
 
@@ -93,23 +113,30 @@ Slot* slotOf(int fd) {
     return nullptr;
 }
 
-Slot* takeIn(int fd, Kind kind) {
-    if (fd < 0)
-        return nullptr;
+Slot* keep(int fd, Kind kind) {
     for (Slot& slot : slots) {
         if (slot.fd.load() >= 0)
             continue;
         slot.kind = kind;
-        slot.installation = installation;
+        slot.installation = isReal(kind) ? 0 : installation; // 0: of no camera
         slot.position = 0;
         slot.blocking = true;
         slot.fd.store(fd, std::memory_order_release);
         slotsInUse.fetch_add(1, std::memory_order_release);
         return &slot;
     }
-    (*nextClose)(fd);
-    errno = EMFILE;
     return nullptr;
+}
+
+Slot* takeIn(int fd, Kind kind) {
+    if (fd < 0)
+        return nullptr;
+    Slot* slot = keep(fd, kind);
+    if (slot == nullptr) {
+        (*nextClose)(fd);
+        errno = EMFILE;
+    }
+    return slot;
 }
 
 int emptyDescriptor(const char* name, int flags) {
@@ -146,36 +173,51 @@ bool isInterposed(const Camera& camera) {
 
 } // namespace irmsim
 
+namespace {
+
+/// The mode among an open's further arguments, if there is one.
+mode_t modeOf(int flags, va_list rest) {
+    return irmsim::takesMode(flags) ? va_arg(rest, mode_t) : mode_t{0};
+}
+
+} // namespace
+
 extern "C" {
 
 [[gnu::visibility("default")]] int open(const char* path, int flags, ...) {
-    mode_t mode = 0;
-    if (irmsim::takesMode(flags)) {
-        va_list rest;
-        va_start(rest, flags);
-        mode = va_arg(rest, mode_t);
-        va_end(rest);
-    }
-    if (irmsim::answers(path, irmsim::fpgaDevicePath))
-        return irmsim::openDevice(flags);
-    if (irmsim::answers(path, irmsim::serialPortPath))
-        return irmsim::openPort(flags);
-    return (*irmsim::nextOpen)(path, flags, mode);
+    va_list rest;
+    va_start(rest, flags);
+    const mode_t mode = modeOf(flags, rest);
+    va_end(rest);
+    return irmsim::openPath(path, flags, [=] { return (*irmsim::nextOpen)(path, flags, mode); });
 }
 
 [[gnu::visibility("default")]] int open64(const char* path, int flags, ...) {
-    mode_t mode = 0;
-    if (irmsim::takesMode(flags)) {
-        va_list rest;
-        va_start(rest, flags);
-        mode = va_arg(rest, mode_t);
-        va_end(rest);
-    }
-    if (irmsim::answers(path, irmsim::fpgaDevicePath))
-        return irmsim::openDevice(flags);
-    if (irmsim::answers(path, irmsim::serialPortPath))
-        return irmsim::openPort(flags);
-    return (*irmsim::nextOpen64)(path, flags, mode);
+    va_list rest;
+    va_start(rest, flags);
+    const mode_t mode = modeOf(flags, rest);
+    va_end(rest);
+    return irmsim::openPath(path, flags, [=] { return (*irmsim::nextOpen64)(path, flags, mode); });
+}
+
+// The devices' paths are absolute: the directory does not matter for them.
+
+[[gnu::visibility("default")]] int openat(int directory, const char* path, int flags, ...) {
+    va_list rest;
+    va_start(rest, flags);
+    const mode_t mode = modeOf(flags, rest);
+    va_end(rest);
+    return irmsim::openPath(path, flags,
+                            [=] { return (*irmsim::nextOpenAt)(directory, path, flags, mode); });
+}
+
+[[gnu::visibility("default")]] int openat64(int directory, const char* path, int flags, ...) {
+    va_list rest;
+    va_start(rest, flags);
+    const mode_t mode = modeOf(flags, rest);
+    va_end(rest);
+    return irmsim::openPath(path, flags,
+                            [=] { return (*irmsim::nextOpenAt64)(directory, path, flags, mode); });
 }
 
 [[gnu::visibility("default")]] int __open_2(const char* path, int flags) {
@@ -186,15 +228,23 @@ extern "C" {
     return open64(path, flags);
 }
 
+[[gnu::visibility("default")]] int __openat_2(int directory, const char* path, int flags) {
+    return openat(directory, path, flags);
+}
+
+[[gnu::visibility("default")]] int __openat64_2(int directory, const char* path, int flags) {
+    return openat64(directory, path, flags);
+}
+
 [[gnu::visibility("default")]] off_t lseek(int fd, off_t offset, int whence) noexcept {
     irmsim::Slot* slot = irmsim::deviceOf(fd);
-    return slot != nullptr ? static_cast<off_t>(irmsim::seekDevice(*slot, offset, whence))
+    return slot != nullptr ? static_cast<off_t>(irmsim::seekSlot(*slot, offset, whence))
                            : (*irmsim::nextSeek)(fd, offset, whence);
 }
 
 [[gnu::visibility("default")]] off64_t lseek64(int fd, off64_t offset, int whence) noexcept {
     irmsim::Slot* slot = irmsim::deviceOf(fd);
-    return slot != nullptr ? irmsim::seekDevice(*slot, offset, whence)
+    return slot != nullptr ? irmsim::seekSlot(*slot, offset, whence)
                            : (*irmsim::nextSeek64)(fd, offset, whence);
 }
 
@@ -202,6 +252,8 @@ extern "C" {
     irmsim::Slot* slot = irmsim::slotOf(fd);
     if (slot == nullptr)
         return (*irmsim::nextRead)(fd, buf, len);
+    if (isReal(slot->kind))
+        return irmsim::readReal(*slot, buf, len);
     return slot->kind == irmsim::Kind::device ? irmsim::readDevice(*slot, buf, len)
                                               : irmsim::readPort(*slot, buf, len);
 }
@@ -217,6 +269,8 @@ extern "C" {
     irmsim::Slot* slot = irmsim::slotOf(fd);
     if (slot == nullptr)
         return (*irmsim::nextWrite)(fd, buf, len);
+    if (isReal(slot->kind))
+        return irmsim::writeReal(*slot, buf, len);
     return slot->kind == irmsim::Kind::device ? irmsim::writeDevice(*slot, buf, len)
                                               : irmsim::writePort(*slot, buf, len);
 }

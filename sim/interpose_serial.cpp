@@ -44,7 +44,7 @@ long withCamera(const Slot& slot, Call call) {
     return camera == nullptr ? -EIO : call(*camera);
 }
 
-ssize_t readVirtual(Slot& slot, void* buf, std::size_t len) {
+long readVirtual(Slot& slot, void* buf, std::size_t len) {
     std::optional<Time> deadline;
     for (;;) {
         Camera::PortRead got{0};
@@ -53,7 +53,7 @@ ssize_t readVirtual(Slot& slot, void* buf, std::size_t len) {
             return got.result;
         });
         if (result < 0 || got.wait == Time(0))
-            return resultOf(result);
+            return result;
         sleepOnTheWall(got.wait);
     }
 }
@@ -65,80 +65,120 @@ long passPty(const Slot& slot, bool write, std::size_t& len) {
 
 } // namespace
 
-int openPort(int flags) {
-    const Hold hold(cameraLock());
-    Camera* camera = installedCamera();
-    if (const long error = camera == nullptr ? -ENOENT : camera->openPortCall(flags); error < 0)
-        return static_cast<int>(resultOf(error));
-    if (const PtyPort* pty = camera->pty()) {
+namespace {
+
+/// A descriptor on the port: a negative error number without one. Under the lock.
+int portDescriptor(const Camera& camera, int flags) {
+    if (const PtyPort* pty = camera.pty()) {
         const int fd = pty->openHostEnd(flags & (O_ACCMODE | O_CLOEXEC | O_NONBLOCK));
-        return takeIn(static_cast<int>(resultOf(fd)), Kind::pty) != nullptr ? fd : -1;
+        return fd < 0 || takeIn(fd, Kind::pty) != nullptr ? fd : -errno;
     }
     const int fd = emptyDescriptor("ttyS1", flags);
     Slot* slot = takeIn(fd, Kind::virtualPort);
     if (slot == nullptr)
-        return -1;
+        return -errno;
     slot->blocking = (flags & O_NONBLOCK) == 0;
     return fd;
 }
 
-ssize_t readPort(Slot& slot, void* buf, std::size_t len) {
-    if (slot.kind == Kind::virtualPort)
-        return readVirtual(slot, buf, len);
+/// What a system call came to: its result, or the negative error number.
+long outcome(ssize_t result) { return result < 0 ? -errno : static_cast<long>(result); }
+
+/// The result of a call on the port, once the observer knows it.
+long told(const Slot& slot, Observation::Call call, long result, const void* bytes = nullptr,
+          std::size_t len = 0) {
+    if (observed()) {
+        const Hold hold(cameraLock());
+        report(slot, call, result, bytes, len);
+    }
+    return resultOf(result);
+}
+
+long readPty(Slot& slot, void* buf, std::size_t len) {
     if (const long error = passPty(slot, false, len); error < 0)
-        return resultOf(error);
+        return error;
     const ssize_t n = (*nextRead)(slot.fd, buf, len);
     if (n == 0)
         withCamera(slot, [](Camera& camera) { return camera.emptyPtyRead(), 0L; });
-    return n;
+    return outcome(n);
+}
+
+long writePty(Slot& slot, const void* buf, std::size_t len) {
+    const long error = passPty(slot, true, len);
+    return error < 0 ? error : outcome((*nextWrite)(slot.fd, buf, len));
+}
+
+} // namespace
+
+int openPort(int flags) {
+    const Hold hold(cameraLock());
+    Camera* camera = installedCamera();
+    long fd = camera == nullptr ? -ENOENT : camera->openPortCall(flags);
+    if (fd == 0)
+        fd = portDescriptor(*camera, flags);
+    return static_cast<int>(resultOf(reportOpen(true, fd)));
+}
+
+ssize_t readPort(Slot& slot, void* buf, std::size_t len) {
+    const long result =
+        slot.kind == Kind::pty ? readPty(slot, buf, len) : readVirtual(slot, buf, len);
+    return told(slot, Observation::Call::read, result, buf, len);
 }
 
 ssize_t writePort(Slot& slot, const void* buf, std::size_t len) {
-    if (slot.kind == Kind::virtualPort)
-        return resultOf(
-            withCamera(slot, [&](Camera& camera) { return camera.writePortCall(buf, len); }));
-    const long error = passPty(slot, true, len);
-    return error < 0 ? resultOf(error) : (*nextWrite)(slot.fd, buf, len);
+    if (slot.kind == Kind::pty)
+        return told(slot, Observation::Call::write, writePty(slot, buf, len), buf, len);
+    return resultOf(withCamera(slot, [&](Camera& camera) {
+        return report(slot, Observation::Call::write, camera.writePortCall(buf, len), buf, len);
+    }));
 }
 
 namespace {
 
 Slot* portOf(int fd) {
     Slot* slot = slotOf(fd);
-    return slot != nullptr && slot->kind != Kind::device ? slot : nullptr;
+    return slot != nullptr && isPort(slot->kind) ? slot : nullptr;
 }
 
-int getAttributes(Slot& slot, termios* out) {
+long getAttributes(Slot& slot, termios* out) {
     const long error = withCamera(slot, [&](Camera& camera) {
         const long refused = camera.attributesCall();
         if (refused == 0 && slot.kind == Kind::virtualPort)
             *out = camera.portAttributesCall();
         return refused;
     });
-    if (error < 0)
-        return static_cast<int>(resultOf(error));
-    return slot.kind == Kind::pty ? (*nextGetAttributes)(slot.fd, out) : 0;
+    return error == 0 && slot.kind == Kind::pty ? outcome((*nextGetAttributes)(slot.fd, out))
+                                                : error;
 }
 
-int setAttributes(Slot& slot, int action, const termios& attributes) {
+long setAttributes(Slot& slot, int action, const termios& attributes) {
     if (action != TCSANOW && action != TCSADRAIN && action != TCSAFLUSH)
-        return static_cast<int>(resultOf(-EINVAL));
+        return -EINVAL;
     long error = withCamera(slot, [](Camera& camera) { return camera.attributesCall(); });
+    if (error == 0 && slot.kind == Kind::pty)
+        error = outcome((*nextSetAttributes)(slot.fd, action, &attributes));
     if (error < 0)
-        return static_cast<int>(resultOf(error));
-    if (slot.kind == Kind::pty && (*nextSetAttributes)(slot.fd, action, &attributes) != 0)
-        return -1;
-    return static_cast<int>(resultOf(withCamera(slot, [&](Camera& camera) {
+        return error;
+    return withCamera(slot, [&](Camera& camera) {
         camera.setAttributesCall(action, attributes);
         return 0L;
-    })));
+    });
 }
 
-int flush(Slot& slot, int queue) {
+long flush(Slot& slot, int queue) {
     const long error = withCamera(slot, [&](Camera& camera) { return camera.flushCall(queue); });
-    if (error < 0)
-        return static_cast<int>(resultOf(error));
-    return slot.kind == Kind::pty ? (*nextFlush)(slot.fd, queue) : 0;
+    return error == 0 && slot.kind == Kind::pty ? outcome((*nextFlush)(slot.fd, queue)) : error;
+}
+
+/// A terminal call: on our port `ours`, else `next`, the C library's, which a real port is too.
+template <typename Ours, typename NextCall>
+int terminalCall(int fd, Observation::Call call, Ours ours, NextCall next) {
+    Slot* slot = portOf(fd);
+    if (slot == nullptr)
+        return next();
+    if (isReal(slot->kind))
+        return reportReal(*slot, call, next());
+    return static_cast<int>(told(*slot, call, ours(*slot)));
 }
 
 /// Sleeps on the camera's time. False when there is no camera.
@@ -168,21 +208,25 @@ bool sleepSimulated(Time time) {
 extern "C" {
 
 [[gnu::visibility("default")]] int tcgetattr(int fd, termios* attributes) noexcept {
-    irmsim::Slot* slot = irmsim::portOf(fd);
-    return slot != nullptr ? irmsim::getAttributes(*slot, attributes)
-                           : (*irmsim::nextGetAttributes)(fd, attributes);
+    return irmsim::terminalCall(
+        fd, irmsim::Observation::Call::getAttributes,
+        [=](irmsim::Slot& slot) { return irmsim::getAttributes(slot, attributes); },
+        [=] { return (*irmsim::nextGetAttributes)(fd, attributes); });
 }
 
 [[gnu::visibility("default")]] int tcsetattr(int fd, int action,
                                              const termios* attributes) noexcept {
-    irmsim::Slot* slot = irmsim::portOf(fd);
-    return slot != nullptr ? irmsim::setAttributes(*slot, action, *attributes)
-                           : (*irmsim::nextSetAttributes)(fd, action, attributes);
+    return irmsim::terminalCall(
+        fd, irmsim::Observation::Call::setAttributes,
+        [=](irmsim::Slot& slot) { return irmsim::setAttributes(slot, action, *attributes); },
+        [=] { return (*irmsim::nextSetAttributes)(fd, action, attributes); });
 }
 
 [[gnu::visibility("default")]] int tcflush(int fd, int queue) noexcept {
-    irmsim::Slot* slot = irmsim::portOf(fd);
-    return slot != nullptr ? irmsim::flush(*slot, queue) : (*irmsim::nextFlush)(fd, queue);
+    return irmsim::terminalCall(
+        fd, irmsim::Observation::Call::flush,
+        [=](irmsim::Slot& slot) { return irmsim::flush(slot, queue); },
+        [=] { return (*irmsim::nextFlush)(fd, queue); });
 }
 
 [[gnu::visibility("default")]] int usleep(useconds_t microseconds) {
