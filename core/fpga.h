@@ -212,7 +212,8 @@ public:
 
     // --- level and span: display/fpga_levelspan.cpp ---
 
-    /// Keeps the mode for those who ask for it; does not move the window.
+    /// Keeps the mode, which isotherms in fractions of the window look at; does not move the
+    /// window.
     void setLevelSpanMode(Mode_t mode);
     /// Does nothing.
     void autoLevel(float);
@@ -224,8 +225,8 @@ public:
     /// over from the FPGA.
     void calcLevelSpan(Mode_t mode, bool smooth);
     /// Lays the window between two object temperatures in °C, without limits, after applying the
-    /// system parameters like `getMinMaxTemp`. Returns 1, also when
-    /// a temperature cannot be converted and the window stays.
+    /// system parameters like `getMinMaxTemp`. Returns 1, also when a temperature cannot be
+    /// converted and the window stays.
     int handLevelSpan(float minTemp, float maxTemp);
     /// Takes over the window that the FPGA's own control shows, then gives control to the library
     /// (`on`) or back to the FPGA. Returns the transfer result of the latter.
@@ -257,8 +258,8 @@ public:
     unsigned char setIsoSwitch(bool on);
     bool getIsoSwitch();
     Isotherm getIsoPara();
-    /// Takes the settings. Picture and limits follow at the next `palette_cal` while the isotherm
-    /// is on; the FPGA is told the type at once.
+    /// Takes the settings and converts their temperatures. The picture and the FPGA's limits follow
+    /// at the next `palette_cal` while the isotherm is on; the FPGA is told the type at once.
     void setIsoPara(Isotherm iso);
     /// Converts two temperatures in °C to the isotherm's limits, with the system parameters.
     void getIsoTempStru(float minTemp, float maxTemp);

@@ -43,7 +43,7 @@ irmcore::Window FPGA::histogramWindow(int minSpan) {
 void FPGA::placeWindow(irmcore::Window window) {
     m_span = window.span;
     m_level = window.level;
-    // Below a span of 64 the gain does not fit its 16 bits.
+    // Up to a span of 64 the gain does not fit its 16 bits.
     fpga_set_levelSpan(m_level, irmcore::low16(irmcore::gainOf(m_span)));
     followWindow();
 }

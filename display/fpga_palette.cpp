@@ -2,12 +2,16 @@
 
 #include <array>
 #include <cstring>
+#include <iterator>
 
 namespace {
 
 constexpr unsigned char refused = 255;
 
-bool isPalette(int index) { return index >= 0 && index < color_size; }
+// `color_size` is the host's: a program that has a name like it would lay its own over it.
+bool isPalette(int index) {
+    return index >= 0 && index < static_cast<int>(std::size(color_tables_yuv));
+}
 
 /// A table of entries in the FPGA's layout is its bytes.
 const unsigned char* bytesOf(const _yuv_item* table) {

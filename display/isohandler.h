@@ -13,7 +13,7 @@ struct Isotherm {
     float highRatio = 1.0F; ///< upper limit, likewise
     /// What gives the limits: 0 temperatures, 1 fractions of the palette, 2 fractions of the window
     /// (`minTemp` and `maxTemp` in the mode `LEVELSPAN_HAND`), 3 the dew point. With any other
-    /// value they stay as last converted.
+    /// value they stay as last converted, which `FPGA::setIsoPara` does from the temperatures.
     int reference = 0;
     int useMinMax = 0; ///< for temperatures, 0: `center` ± `width` / 2; else `minTemp`, `maxTemp`
     /// "Trans" (half band, half red), "Green", "Black", "White", "Red" or "Blue". Any other text,
@@ -37,7 +37,8 @@ public:
     /// 0 to 255. -1 stands for a limit under the window, 256 for one over it. Another type keeps
     /// the band.
     void setIsoPosition(int maxIndex, int minIndex);
-    /// Mixes one entry (Y, U, V) half and half with red, unless `index` lies below the band.
+    /// Mixes one entry (Y, U, V) half and half with red, unless `index` lies below the band. A null
+    /// pointer changes nothing, here and below.
     void calIsoColor(unsigned char* entry, unsigned char index);
     /// Colours the band in `table`, 261 entries of four bytes. Entry 258 becomes the isotherm's
     /// colour, 259 and 260 what entries 0 and 255 were; fourth bytes stay.

@@ -77,7 +77,7 @@ def source():
              '#include "palette.h"', "", "// clang-format off"]
     for name in ORDER:
         entries = ["{%d,%d,%d,0}" % yuv for yuv in palette(name) + TAIL]
-        # Only the host's index reaches the last one.
+        # The last one has no exported name.
         lines.append(("static " if name == "Custom" else "") + f"const _yuv_item {name}_TAB[258] = {{")
         lines += ["    " + ", ".join(entries[i:i + 5]) + "," for i in range(0, 258, 5)]
         lines += ["};", ""]

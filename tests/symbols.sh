@@ -7,7 +7,8 @@ if echo "$imports" | grep -qE '^__(asan|tsan|ubsan)_'; then
     echo "skipped: a sanitizer brings names of its own"
     exit 77
 fi
-if ! "$1" -DC --defined-only "$2" | sed 's/^[0-9a-f]* . //' | LC_ALL=C sort -u | diff "$3" -; then
+# Weak names are inline functions of headers that an unoptimised build did not inline.
+if ! "$1" -DC --defined-only "$2" | sed -n 's/^[0-9a-f]* [^VWvw] //p' | LC_ALL=C sort -u | diff "$3" -; then
     echo "the exports differ from $3: < is missing, > is not in the list"
     exit 1
 fi

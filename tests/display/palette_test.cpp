@@ -55,6 +55,10 @@ TEST(Palettes, holdTheirAnchors) {
                     EXPECT_LE(std::abs(step), std::abs(to - from) * 2 / 31 + 1) << table << i;
                 }
     }
+    // The ramp of grey is not the straight one from 16 to 235.
+    for (const auto& [i, luma] :
+         {std::pair(78, 83), {156, 150}, {163, 156}, {234, 217}, {248, 229}})
+        EXPECT_EQ(+Grey_TAB[i].y + +Grey_Inverted_TAB[255 - i].y, 2 * luma) << i;
     // Cubics with harmonic means as slopes, by hand. Y of iron rises by 20, 23, 19: slopes 21.395
     // and 20.810 about the second piece, half way 47.5 + (21.395 - 20.810) / 8.
     EXPECT_EQ(+Iron_TAB[48].y, 48);
@@ -154,6 +158,7 @@ struct Limits {
 };
 
 TEST_F(Picture, marksTheBandInTheWindow) {
+    host->getCurrentPalette()[256] = {1, 2, 3, 0};
     const Limits cases[] = {
         // 30 and 100 °C are 32767 and 35600: (AD - level) · 255 / span, cut.
         {1, 0, 1, 30, 100, 32000, 5000, "39 183", "32767 35600"},
@@ -167,10 +172,13 @@ TEST_F(Picture, marksTheBandInTheWindow) {
         {0, 0, 1, 30, 100, 32768, 2800, "none", "32767 35600"}, // the lower just under
         {0, 0, 1, 30, 100, 30000, 1000, "0 255", "32767 35600"},
         {2, 0, 1, 30, 100, 40000, 1000, "0 255", "32767 35600"},
+        {0, 0, 1, 30, 100, 10000, 1000, "0 255", "32767 35600"}, // the lower over it
         {1, 0, 1, 30, 100, 40000, 1000, "none", "32767 35600"},
         {1, 0, 1, 30, 100, 10000, 1000, "none", "32767 35600"},
         {1, 0, 1, -90, 4000, 32000, 5000, "0 255", nullptr}, // neither can be converted
         {2, 0, 1, -90, 4000, 32000, 5000, "none", nullptr},
+        {0, 0, 1, -21, 100, 30000, 5000, "none", nullptr}, // "LE" is under, whatever its count
+        {2, 0, 1, 30, 151, 32000, 5000, "none", nullptr},  // "HE" over
         {1, 0, 0, 30, 70, 32000, 5000, "39 183", "32767 35600"}, // width 70 about 65
         // A window without width: its one count is inside.
         {1, 0, 1, 30, 100, 32767, 0, "0 255", "32767 35600"},
@@ -203,6 +211,7 @@ TEST_F(Picture, marksTheBandInTheWindow) {
         EXPECT_EQ(host->setIsoSwitch(true), 20);
         const std::string where = joined(c.type, c.reference, c.low, c.high, c.level, c.span);
         EXPECT_EQ(band(), c.band) << where;
+        EXPECT_EQ(yuv(shown(256)) + ", " + yuv(shown(258)), "1 2 3, 81 90 239") << where;
         EXPECT_TRUE(c.limits == nullptr || limits() == c.limits) << where << ": " << limits();
     }
     EXPECT_EQ(host->setIsoSwitch(false), 20);
@@ -212,40 +221,73 @@ TEST_F(Picture, marksTheBandInTheWindow) {
 TEST_F(Picture, takesTheLimitsFromWhereTheyAreSaidToBe) {
     host->m_level = 32000;
     host->m_span = 5000;
+    const auto converted = [&] {
+        return joined(host->m_isoMinStru.status, host->m_isoMinStru.ad, host->m_isoMaxStru.status,
+                      host->m_isoMaxStru.ad);
+    };
     Isotherm iso;
-    iso.reference = 2;
+    iso.reference = 7; // the limits last converted, which are these temperatures
+    iso.useMinMax = 1;
     iso.minTemp = 30;
     iso.maxTemp = 100;
     host->setIsoPara(iso);
-    host->setLevelSpanMode(LEVELSPAN_HAND); // temperatures, whatever useMinMax says
     host->setIsoSwitch(true);
     EXPECT_EQ(joined(band(), limits()), "39 183 32767 35600");
-    host->setLevelSpanMode(LEVELSPAN_AUTO);
-    host->palette_cal(nullptr);
-    EXPECT_EQ(band(), "0 255");
-    EXPECT_EQ(joined(host->m_isoMinStru.ad, host->m_isoMaxStru.ad), "32000 37000");
-    iso.reference = 7; // the limits last converted, which these are
+    host->getIsoTempStru(-90, 4000);
+    const std::string bad = converted();
+    iso.reference = 2;
+    iso.useMinMax = 0;
+    host->setLevelSpanMode(LEVELSPAN_HAND); // temperatures, whatever useMinMax says
     host->setIsoPara(iso);
-    host->getIsoTempStru(30, 100);
     host->palette_cal(nullptr);
     EXPECT_EQ(joined(band(), limits()), "39 183 32767 35600");
-    // The dew point of air at 30 °C with relative humidity 1 is the air's own temperature, nearly.
-    iso.reference = 3;
-    iso.type = 0;
-    host->setIsoPara(iso);
-    host->setEnvTemp(30);
-    host->setHumid(1);
+    for (const Mode_t mode : {LEVELSPAN_AUTO, LEVELSPAN_ZFT}) {
+        host->getIsoTempStru(-90, 4000);
+        iso.lowRatio = 0.1503F; // 751.5 of 5000: cut
+        iso.highRatio = -7;     // not a count: 0
+        host->setIsoPara(iso);
+        host->getIsoTempStru(-90, 4000);
+        host->setLevelSpanMode(mode);
+        host->palette_cal(nullptr);
+        EXPECT_EQ(joined(band(), limits(), converted()), "none 32767 35600 OK 32751 OK 0");
+    }
+    host->getIsoTempStru(-90, 4000);
+    const std::string untouched = converted();
+    EXPECT_EQ(untouched, bad);
+    iso.reference = 1; // converts nothing
+    host->m_isoHandler.setIsoInfo(iso);
     host->palette_cal(nullptr);
-    const float dewPoint = host->m_sysTempHandler->getDewpoint();
-    EXPECT_NEAR(dewPoint, 30, 0.5);
-    EXPECT_EQ(limits(), joined(host->m_isoMinStru.ad, host->m_isoMinStru.ad));
-    EXPECT_NEAR(host->m_isoMinStru.ad, 32767 + (dewPoint - 30) * 39, 3);
+    EXPECT_EQ(converted(), untouched);
+    // With an offset of 20 °C, 50 °C are as 30 were.
+    host->m_sysTempSetup.offset = 20;
+    host->getIsoTempStru(50, 120);
+    EXPECT_EQ(converted(), "OK 32767 OK 35600");
+    host->m_sysTempSetup.offset = 0;
+    iso.reference = 3; // the dew point, 18.44 °C (AD 32292), for both
+    iso.type = 0;
+    host->setEnvTemp(30);
+    host->setHumid(0.5F);
+    host->setIsoPara(iso);
+    EXPECT_EQ(transfersOf([&] { host->palette_cal(nullptr); }).substr(0, 23),
+              "W202:2=247E W204:2=247E");
     iso.type = 9; // of no type: the band stays
     host->setIsoPara(iso);
     const std::string before = band();
     host->m_level = 31000;
     host->palette_cal(nullptr);
     EXPECT_EQ(band(), before);
+}
+
+TEST(IsothermHandler, tintsWhatIsNotBelowItsBand) {
+    ISOHandler handler;
+    handler.setIsoPosition(200, 100);
+    unsigned char entry[] = {125, 128, 128, 7};
+    handler.calIsoColor(entry, 99);
+    EXPECT_EQ(joined(+entry[0], +entry[1], +entry[2], +entry[3]), "125 128 128 7");
+    handler.calIsoColor(entry, 100);
+    EXPECT_EQ(joined(+entry[0], +entry[1], +entry[2], +entry[3]), "103 109 183 7");
+    handler.calIsoColor(nullptr, 100);
+    handler.setIsoPalette(nullptr);
 }
 
 TEST_F(Picture, colorsTheBandAndTheSpecialEntries) {
@@ -309,8 +351,10 @@ TEST_F(Picture, isComposedByForwarding) {
     for (const auto& [act, moved] : cases)
         EXPECT_EQ(transfersOf([&, run = act] { EXPECT_EQ(run(), 1); }), moved);
     EXPECT_EQ(transfersOf([&] { host->setSaturation(true), host->saturation(); }), "");
-    EXPECT_TRUE(host->getSaturation());
-    EXPECT_EQ(&host->getSaturation(), &host->getSaturation());
+    const bool& saturation = host->getSaturation();
+    EXPECT_TRUE(saturation);
+    host->setSaturation(false);
+    EXPECT_FALSE(saturation);
 }
 
 } // namespace
