@@ -13,6 +13,7 @@ enum ExitCode : int {
 };
 
 int runDemo(const QStringList& words);
+int runPalettes(const QStringList& words);
 int runSim(const QStringList& words);
 
 /// Puts one line on standard error: "irmcore: " and the text.
