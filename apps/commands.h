@@ -15,6 +15,7 @@ enum ExitCode : int {
 int runDemo(const QStringList& words);
 int runRecord(const QStringList& words);
 int runReplay(const QStringList& words);
+int runPalettes(const QStringList& words);
 int runSim(const QStringList& words);
 int runTrace(const QStringList& words);
 

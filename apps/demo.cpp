@@ -2,6 +2,7 @@
 #include "bench.h"
 #include "commands.h"
 #include "demoplan.h"
+#include "pictures.h"
 #include "report.h"
 #include "results.h"
 #include "scenereadings.h"
@@ -64,6 +65,8 @@ int show(const DemoPlan& plan, std::FILE* out, std::vector<Row> (*make)(QString&
 }
 
 int carryOut(const DemoPlan& plan, std::FILE* out) {
+    if (plan.picture)
+        return drawDemo(plan, out);
     if (plan.accuracy)
         return show<Accuracy>(plan, out, sweep, keepsBound);
     if (plan.warmUp)

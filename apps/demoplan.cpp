@@ -126,6 +126,7 @@ std::optional<DemoPlan> parseDemo(const QStringList& words, int& exitCode) {
         option("size", "frame of the built-in scene: 384x288 or 160x120", "size");
     size.setDefaultValue(QStringLiteral("384x288"));
     parser.addOption(size);
+    addPictureOptions(parser);
     for (const NumberOption& number : numberOptions)
         parser.addOption(option(number.name, number.help, number.unit));
 
@@ -154,6 +155,8 @@ std::optional<DemoPlan> parseDemo(const QStringList& words, int& exitCode) {
         wrong = takeScene(parser, plan);
     if (wrong.isEmpty())
         wrong = takeRange(parser, plan);
+    if (wrong.isEmpty())
+        wrong = takePicture(parser, plan.picture);
     if (!wrong.isEmpty()) {
         complain(wrong);
         return std::nullopt;

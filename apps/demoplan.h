@@ -2,6 +2,7 @@
 
 #include "../sim/detector.h"
 #include "../sim/scene.h"
+#include "pictureplan.h"
 
 #include <QStringList>
 
@@ -14,8 +15,9 @@ struct DemoPlan {
     irmsim::Scene scene = irmsim::Scene::bench(384, 288);
     irmsim::Surroundings surroundings; ///< the truth, which the host is told as well
     int range = 0;
-    bool accuracy = false; ///< sweep whole ranges instead of measuring a scene
-    bool warmUp = false;   ///< follow a camera that warms up instead
+    bool accuracy = false;              ///< sweep whole ranges instead of measuring a scene
+    bool warmUp = false;                ///< follow a camera that warms up instead
+    std::optional<PicturePlan> picture; ///< write a picture instead
     bool json = false;
     bool verbose = false;
 };

@@ -1,12 +1,13 @@
 // The command `irmcore`: the library's tools in one program.
 #include "commands.h"
+#include "pictures.h"
 
-#include <QCoreApplication>
-
+#include <algorithm>
 #include <array>
 #include <clocale>
 #include <cstdio>
 #include <fcntl.h>
+#include <string_view>
 #include <unistd.h>
 
 namespace app = irmcore::app;
@@ -21,6 +22,7 @@ struct Command {
 
 constexpr std::array commands{
     Command{"demo", "measure a scene on the simulated camera", app::runDemo},
+    Command{"palettes", "write a sheet of all palettes as PNG", app::runPalettes},
     Command{"record", "run a program and record what the camera does", app::runRecord},
     Command{"replay", "run a program on a recorded camera", app::runReplay},
     Command{"sim", "the simulated camera: run a program on it, write its sample directory",
@@ -28,10 +30,19 @@ constexpr std::array commands{
     Command{"trace", "run a program and log its transfers with the camera", app::runTrace},
 };
 
+/// Whether a command draws: that takes another application object than the rest.
+bool draws(int argc, char** argv) {
+    const std::string_view command = argc > 1 ? argv[1] : "";
+    return command == "palettes" ||
+           (command == "demo" && std::any_of(argv + 2, argv + argc, [](std::string_view word) {
+                return word.substr(0, 9) == "--picture";
+            }));
+}
+
 void printHelp(std::FILE* to) {
     std::fputs("Usage: irmcore COMMAND [OPTIONS]\n\nCommands:\n", to);
     for (const Command& command : commands)
-        std::fprintf(to, "  %-8s %s\n", command.name, command.summary);
+        std::fprintf(to, "  %-9s %s\n", command.name, command.summary);
     std::fputs("\n'irmcore COMMAND --help' says more. Exit codes: 0 clean, 2 errors, "
                "3 wrong usage.\n",
                to);
@@ -49,11 +60,13 @@ int main(int argc, char** argv) {
         std::fputs("irmcore: standard output is closed\n", stderr);
         return app::exitErrors;
     }
-    const QCoreApplication application(argc, argv);
+    const auto application = app::makeApplication(argc, argv, draws(argc, argv));
     QCoreApplication::setApplicationName(QStringLiteral("irmcore"));
     QCoreApplication::setApplicationVersion(QStringLiteral(IRMCORE_VERSION));
     std::setlocale(LC_NUMERIC, "C"); // numbers carry a point whatever the user's language
-    const QStringList words = QCoreApplication::arguments().mid(1);
+    QStringList words;
+    for (int i = 1; i < argc; ++i)
+        words.append(QString::fromLocal8Bit(argv[i]));
     if (words.isEmpty()) {
         printHelp(stderr);
         return app::exitUsage;

@@ -129,4 +129,10 @@ std::vector<Reading> measureScene(Bench& bench) {
     return reader.take();
 }
 
+std::vector<Reading> measureSpots(Bench& bench) {
+    Reader reader(bench);
+    reader.spots();
+    return reader.take();
+}
+
 } // namespace irmcore::app

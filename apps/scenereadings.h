@@ -11,4 +11,7 @@ namespace irmcore::app {
 /// point, and the ends of the displayed scale. Each beside its truth.
 std::vector<Reading> measureScene(Bench& bench);
 
+/// Its spots alone.
+std::vector<Reading> measureSpots(Bench& bench);
+
 } // namespace irmcore::app

@@ -13,7 +13,9 @@ set(IRMCORE_PUBLIC_HEADERS
   device/records.h
   device/selftest.h
   device/serial.h
+  display/isohandler.h
   display/levelspan.h
+  display/palette.h
   measure/calctrans.h
   measure/irpara.h
   measure/reading.h

@@ -8,7 +8,9 @@
 #include "../device/records.h"
 #include "../device/selftest.h"
 #include "../device/serial.h"
+#include "../display/isohandler.h"
 #include "../display/levelspan.h"
+#include "../display/palette.h"
 #include "../measure/calctrans.h"
 #include "../measure/irpara.h"
 #include "../measure/reading.h"
@@ -214,7 +216,8 @@ public:
 
     // --- level and span: display/fpga_levelspan.cpp ---
 
-    /// Keeps the mode for those who ask for it; does not move the window.
+    /// Keeps the mode, which isotherms in fractions of the window look at; does not move the
+    /// window.
     void setLevelSpanMode(Mode_t mode);
     /// Does nothing.
     void autoLevel(float);
@@ -226,44 +229,99 @@ public:
     /// over from the FPGA.
     void calcLevelSpan(Mode_t mode, bool smooth);
     /// Lays the window between two object temperatures in °C, without limits, after applying the
-    /// system parameters like `getMinMaxTemp`. Returns 1, also when
-    /// a temperature cannot be converted and the window stays.
+    /// system parameters like `getMinMaxTemp`. Returns 1, also when a temperature cannot be
+    /// converted and the window stays.
     int handLevelSpan(float minTemp, float maxTemp);
     /// Takes over the window that the FPGA's own control shows, then gives control to the library
     /// (`on`) or back to the FPGA. Returns the transfer result of the latter.
     unsigned char startLevelSpanControl(bool on);
 
+    // --- palettes: display/fpga_palette.cpp ---
+
+    /// Takes a built-in palette and shows it. Returns the transfer result; 255, with nothing
+    /// changed, for an index that is none.
+    unsigned char setStandardPaletteIndex(COLOR_TABLE index);
+    /// Takes 256 entries of the host's as palette `COLOR_CUSTOM` and shows them. Returns the
+    /// transfer result; 255, with nothing changed, for a null pointer.
+    unsigned char setCustomPalette(_yuv_item * palette);
+    /// A built-in table of 258 entries, null for an index that is none.
+    const _yuv_item* getColorTable(int index);
+    /// The palette last selected; `COLOR_IRON` before any was, with an empty table.
+    COLOR_TABLE getPaletteIndex();
+    /// The working table of 261 entries, never with an isotherm in it; owned by this object. All
+    /// zero until a palette is selected. Changes are shown by the next `palette_cal`.
+    _yuv_item* getCurrentPalette();
+    /// Uploads the working table, with the isotherm coloured in while that is on. The argument is
+    /// not used. Returns the transfer result, 20 for all 1044 bytes.
+    unsigned char palette_cal(_yuv_item*);
+
+    // --- isotherms: display/fpga_isotherm.cpp ---
+
+    /// Switches the isotherm and shows the picture with it or without. Returns the transfer result
+    /// of the colour table.
+    unsigned char setIsoSwitch(bool on);
+    bool getIsoSwitch();
+    Isotherm getIsoPara();
+    /// Takes the settings and converts their temperatures. The picture and the FPGA's limits follow
+    /// at the next `palette_cal` while the isotherm is on; the FPGA is told the type at once.
+    void setIsoPara(Isotherm iso);
+    /// Converts two temperatures in °C to the isotherm's limits, with the system parameters.
+    void getIsoTempStru(float minTemp, float maxTemp);
+    /// Places the band in the present window. The FPGA gets the limits too, except when they are
+    /// fractions.
+    void setIsoIndex();
+
     // --- composition: display/fpga_composition.cpp ---
 
+    /// What the screen shows. Returns the transfer result, as the next two.
+    unsigned char setImageMode(Image_Mode_t mode);
+    /// Where the visible inset lies in the infrared picture.
+    unsigned char set_CCD_Pipe_IR_Position(Image_Position_t pos);
+    /// Where the infrared inset lies in the visible picture.
+    unsigned char set_IR_Pipe_CCD_Position(Image_Position_t pos);
     /// Freezes or releases the picture. While it is frozen the shutter temperature in use stays;
     /// the release applies the one last computed. Returns the transfer result.
     unsigned char freeze_image(bool on);
     /// Whether the picture is frozen, as last set; the FPGA is not asked.
     bool getFreezeImageStatus();
+    /// Keeps a flag for the host; the FPGA's saturation display is `fpga_open_saturation`.
+    void setSaturation(bool const& on);
+    bool const& getSaturation() const;
+    /// Does nothing.
+    void saturation();
+    /// Output mode of the video encoder. Returns the transfer result.
+    unsigned char setADV7179Mode(int mode);
 
 protected:
     TempHandler* m_sysTempHandler;   ///< the system parameters' model; owned
     TempHandler* m_queryTempHandler; ///< the model of queries with their own parameters; owned
-    unsigned short m_level;          ///< lower end of the window, AD
-    unsigned short m_span;           ///< width of the window, AD
-    TempSetup m_sysTempSetup;        ///< the system parameters as last given
-    Serial* m_serial;                ///< the link to the core; owned
-    Mode_t m_levelSpanMode;          ///< as last given to `setLevelSpanMode`
-    TempSetup m_fileTempSetup;       ///< copy of `m_sysTempSetup` by `readTempSetup`
-    float m_lenTemp;                 ///< °C
-    float m_shutterTemp;             ///< °C
-    float m_sensorTemp;              ///< reference, °C
-    int m_lenIndex;                  ///< -1 for none
-    int m_tempRange;                 ///< index of the measuring range
-    TempInfoTab m_tempInfoTab;       ///< the table as loaded
-    int m_coreVersionNum;            ///< command generation of the core: -1, 0 or 1
-    float m_modifyValue;             ///< modify factor last looked up
-    float m_deltaTemp;               ///< drift since the reference, °C
-    bool m_freeze;                   ///< whether the picture is frozen, as last seen
-    float m_modifyShutterTemp;       ///< corrected shutter temperature of the last update, °C
-    QString m_coreCpuVersionStr;     ///< empty until it is known
-    QString m_coreFPGAVersionStr;    ///< empty until it is known
-    IRPara m_irPara;                 ///< the table in force and its drift terms
+    COLOR_TABLE m_paletteIndex;      ///< the palette last selected
+    _yuv_item m_colorTable[irmcore::colorTableSize]; ///< as for the FPGA, without the isotherm
+    bool m_saturation;                               ///< the host's flag
+    bool m_isoSwitch;                                ///< whether the isotherm is on
+    ISOHandler m_isoHandler;                         ///< the isotherm's settings and band
+    IrTempStru m_isoMinStru;      ///< lower limit of the isotherm as last converted
+    IrTempStru m_isoMaxStru;      ///< upper limit of the isotherm as last converted
+    unsigned short m_level;       ///< lower end of the window, AD
+    unsigned short m_span;        ///< width of the window, AD
+    TempSetup m_sysTempSetup;     ///< the system parameters as last given
+    Serial* m_serial;             ///< the link to the core; owned
+    Mode_t m_levelSpanMode;       ///< as last given to `setLevelSpanMode`
+    TempSetup m_fileTempSetup;    ///< copy of `m_sysTempSetup` by `readTempSetup`
+    float m_lenTemp;              ///< °C
+    float m_shutterTemp;          ///< °C
+    float m_sensorTemp;           ///< reference, °C
+    int m_lenIndex;               ///< -1 for none
+    int m_tempRange;              ///< index of the measuring range
+    TempInfoTab m_tempInfoTab;    ///< the table as loaded
+    int m_coreVersionNum;         ///< command generation of the core: -1, 0 or 1
+    float m_modifyValue;          ///< modify factor last looked up
+    float m_deltaTemp;            ///< drift since the reference, °C
+    bool m_freeze;                ///< whether the picture is frozen, as last seen
+    float m_modifyShutterTemp;    ///< corrected shutter temperature of the last update, °C
+    QString m_coreCpuVersionStr;  ///< empty until it is known
+    QString m_coreFPGAVersionStr; ///< empty until it is known
+    IRPara m_irPara;              ///< the table in force and its drift terms
 
 private:
     /// Sets the limits from the ends of a range, with the system parameters.
@@ -279,6 +337,11 @@ private:
     [[gnu::visibility("hidden")]] unsigned short compensatedVsk(int range);
     /// Makes `window` the window in force.
     [[gnu::visibility("hidden")]] void placeWindow(irmcore::Window window);
+    /// Makes `palette` the working table and shows it.
+    [[gnu::visibility("hidden")]] unsigned char takePalette(COLOR_TABLE index,
+                                                            const _yuv_item* palette);
+    /// After a change of the window: brings the isotherm in line with it.
+    [[gnu::visibility("hidden")]] void followWindow();
     /// The model of `mode`, with `setup` applied if it is the queries'.
     [[gnu::visibility("hidden")]] TempHandler& handlerFor(ParaMode_t mode, TempSetup const& setup);
 

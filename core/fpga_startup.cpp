@@ -6,12 +6,13 @@
 namespace settings = irmcore::settings;
 
 FPGA::FPGA()
-    : m_sysTempHandler(nullptr), m_queryTempHandler(nullptr), m_level(0),
-      m_span(0), m_sysTempSetup{}, m_serial(nullptr),
-      m_levelSpanMode(LEVELSPAN_AUTO), m_fileTempSetup{}, m_lenTemp(0.0F), m_shutterTemp(0.0F),
-      m_sensorTemp(0.0F), m_lenIndex(0), m_tempRange(0), m_tempInfoTab{}, m_coreVersionNum(1),
-      m_modifyValue(0.0F), m_deltaTemp(0.0F), m_freeze(false), m_modifyShutterTemp(0.0F),
-      m_private(nullptr) {
+    : m_sysTempHandler(nullptr), m_queryTempHandler(nullptr),
+      m_paletteIndex(COLOR_IRON), m_colorTable{}, m_saturation(false),
+      m_isoSwitch(false), m_isoMinStru{}, m_isoMaxStru{}, m_level(0), m_span(0), m_sysTempSetup{},
+      m_serial(nullptr), m_levelSpanMode(LEVELSPAN_AUTO), m_fileTempSetup{}, m_lenTemp(0.0F),
+      m_shutterTemp(0.0F), m_sensorTemp(0.0F), m_lenIndex(0), m_tempRange(0), m_tempInfoTab{},
+      m_coreVersionNum(1), m_modifyValue(0.0F), m_deltaTemp(0.0F), m_freeze(false),
+      m_modifyShutterTemp(0.0F), m_private(nullptr) {
     readReferenceSensorTemp();
     m_freeze = fpga_get_freeze_status() != 0;
     m_serial = new Serial(this, "/dev/ttyS1");

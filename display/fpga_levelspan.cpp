@@ -43,8 +43,9 @@ irmcore::Window FPGA::histogramWindow(int minSpan) {
 void FPGA::placeWindow(irmcore::Window window) {
     m_span = window.span;
     m_level = window.level;
-    // Below a span of 64 the gain does not fit its 16 bits.
+    // Up to a span of 64 the gain does not fit its 16 bits.
     fpga_set_levelSpan(m_level, irmcore::low16(irmcore::gainOf(m_span)));
+    followWindow();
 }
 
 void FPGA::setLevelSpanMode(Mode_t mode) { m_levelSpanMode = mode; }
@@ -80,6 +81,7 @@ int FPGA::handLevelSpan(float minTemp, float maxTemp) {
     m_level = low.ad;
     m_span = irmcore::low16(difference);
     fpga_set_levelSpan(m_level, irmcore::gainOf(difference));
+    followWindow();
     return 1;
 }
 

@@ -3,7 +3,7 @@ set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
 # What building and testing takes on Debian 12.
-build_packages=(g++ cmake ninja-build qt6-base-dev)
+build_packages=(g++ cmake ninja-build qt6-base-dev fonts-dejavu-core)
 test_packages=(libgtest-dev python3 help2man pkg-config)
 
 # Says on standard error how long the script has run.

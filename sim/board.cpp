@@ -21,12 +21,14 @@ static_assert(partedBytes == std::size_t{2} * partedWidth * partedHeight);
 static_assert(reg::frame.length == std::size_t{2} * wholeWidth * wholeHeight);
 
 constexpr unsigned allBounds = 0xF;
+constexpr std::uint8_t fpgaOwnsWindow = 0xFF;
 
 } // namespace
 
 Board::Board(const Scene& scene, const Detector& detector, Clock& clock)
     : m_scene(scene), m_detector(detector), m_clock(clock), m_bins(0x10000), m_stream(partedBytes) {
     setVersion("irmsim FPGA 1.0");
+    m_kept[reg::windowControl.address] = fpgaOwnsWindow;
     m_counts.reserve(partedBytes / 2);
     m_frame.ad.reserve(partedBytes / 2);
 }

@@ -16,8 +16,13 @@ namespace irmsim {
 
 class Window;
 
+/// What image mode 5 shows of a frame: all but an eighth of the width and of the height on each
+/// side.
+Rect shownPart(const Frame& frame);
+
 /// The FPGA's register file over a scene and a detector. What the FPGA measures is worked out when
-/// it is read; every other register keeps what was written. Addresses that hold nothing read 0.
+/// it is read; every other register keeps what was written. Addresses that hold nothing read 0. At
+/// power-up the FPGA places the display window itself.
 /// All multi-byte values are little-endian. Not locked: one thread at a time.
 class Board {
 public:

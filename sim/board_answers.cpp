@@ -26,6 +26,12 @@ std::uint16_t temperatureWord(double celsius) {
 
 } // namespace
 
+Rect shownPart(const Frame& frame) {
+    const int x = frame.width / 8;
+    const int y = frame.height / 8;
+    return {x, y, frame.width - 1 - x, frame.height - 1 - y};
+}
+
 std::uint16_t Board::word(std::uint32_t address) const {
     return static_cast<std::uint16_t>(kept(address) | kept(address + 1) << 8);
 }
@@ -35,9 +41,7 @@ void Board::refreshStatistics() {
     if (m_measured == m_frameStamp)
         return;
     m_whole = measure(now, {0, 0, now.width - 1, now.height - 1});
-    const int marginX = now.width / 8;
-    const int marginY = now.height / 8;
-    m_shown = measure(now, {marginX, marginY, now.width - 1 - marginX, now.height - 1 - marginY});
+    m_shown = measure(now, shownPart(now));
     m_peak = histogramPeak(now, m_bins);
     m_measured = m_frameStamp;
 }

@@ -66,6 +66,10 @@ TEST_F(Host, transfersAreASeekAndACallAndTakeNoMemory) {
     EXPECT_EQ(costs([&] { host->calcLevelSpan(LEVELSPAN_AUTO, true); }), "12 0");
     EXPECT_EQ(costs([&] { host->calcLevelSpan(LEVELSPAN_ZFT, true); }), "10 0");
     EXPECT_EQ(costs([&] { host->handLevelSpan(20, 40); }), "4 0");
+    EXPECT_EQ(costs([&] { host->setStandardPaletteIndex(COLOR_IRON); }), "2 0");
+    host->setIsoSwitch(true);
+    EXPECT_EQ(costs([&] { host->palette_cal(nullptr); }), "6 0");
+    EXPECT_EQ(costs([&] { host->handLevelSpan(20, 40); }), "10 0");
     printed([&] { EXPECT_EQ(costs([&] { host->fpga_read_IRAD_384(frame.data()); }), "16 0"); });
 }
 

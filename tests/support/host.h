@@ -11,6 +11,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <optional>
 #include <sstream>
 #include <string>
@@ -117,6 +118,7 @@ struct Board : testing::Test {
 /// The façade with its state in view.
 struct Probe : FPGA {
     using FPGA::m_coreVersionNum, FPGA::m_deltaTemp, FPGA::m_fileTempSetup, FPGA::m_irPara;
+    using FPGA::m_isoHandler, FPGA::m_isoMaxStru, FPGA::m_isoMinStru;
     using FPGA::m_level, FPGA::m_modifyShutterTemp, FPGA::m_queryTempHandler, FPGA::m_span;
     using FPGA::m_sysTempHandler, FPGA::m_sysTempSetup, FPGA::m_tempInfoTab, FPGA::m_tempRange;
 };
