@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// Isotherms: their settings, and the band of palette entries.
+
 #include <cstddef>
 
 /// How an isotherm is set: a band of the picture that gets a colour of its own.

@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// Palettes: their entries, the built-in ones, and the colour table's layout.
+
 #include <cstddef>
 #include <cstdint>
 
