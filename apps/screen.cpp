@@ -45,7 +45,7 @@ Rect insetPlace(const Picture& screen, int end, unsigned corner, bool large) {
 }
 
 /// The pixels of a side of the screen that show pixel `at` of the frame; `first` and `last` bound
-/// the part that the side shows.
+/// what of the frame the side shows.
 struct Run {
     int from;
     int to; ///< inclusive

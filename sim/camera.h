@@ -283,6 +283,9 @@ private:
     void follow(Time time);
     std::vector<Reply> receive(const std::uint8_t* bytes, std::size_t n);
     long passPort(Pending& pending, std::size_t* len);
+    /// The result of a transfer of `len` bytes with the device, which a fault may cut or refuse.
+    template <typename Transfer>
+    long transferred(std::size_t len, Transfer transfer);
     std::optional<Fault> strike(Pending& pending);
     void note(bool write, std::uint32_t address, const void* bytes, std::size_t len, long result);
 

@@ -94,19 +94,25 @@ long Camera::seekCall() {
     return fault ? -fault->error : 0;
 }
 
+template <typename Transfer>
+long Camera::transferred(std::size_t len, Transfer transfer) {
+    catchUp();
+    const auto fault = strike(m_transferFault);
+    if (!m_plugged)
+        return -ENODEV;
+    if (fault && fault->error != 0)
+        return -fault->error;
+    return transfer(fault ? std::min(fault->bytes, len) : len);
+}
+
 long Camera::readCall(std::uint32_t address, void* buf, std::size_t len) {
     ++m_calls.read;
     if (buf == nullptr && len > 0)
         return -EFAULT;
     if (m_replay)
         return m_replay->read(address, buf, len);
-    catchUp();
-    const auto fault = strike(m_transferFault);
-    long result = -ENODEV;
-    if (m_plugged)
-        result = fault && fault->error != 0
-                     ? -fault->error
-                     : m_board.read(address, buf, fault ? std::min(fault->bytes, len) : len);
+    const long result =
+        transferred(len, [&](std::size_t n) { return m_board.read(address, buf, n); });
     if (result < 0 && address == irmcore::reg::frame.address)
         m_board.restartFrame();
     catchUp(); // a frame takes time
@@ -120,13 +126,8 @@ long Camera::writeCall(std::uint32_t address, const void* buf, std::size_t len) 
         return -EFAULT;
     if (m_replay)
         return m_replay->write(address, buf, len);
-    catchUp();
-    const auto fault = strike(m_transferFault);
-    long result = -ENODEV;
-    if (m_plugged)
-        result = fault && fault->error != 0
-                     ? -fault->error
-                     : m_board.write(address, buf, fault ? std::min(fault->bytes, len) : len);
+    const long result =
+        transferred(len, [&](std::size_t n) { return m_board.write(address, buf, n); });
     note(true, address, buf, len, result);
     return result;
 }

@@ -239,7 +239,7 @@ TEST_F(Screen, linesCoverTheirRowAndColumn) {
                             {0, 1, 7, 9, 0, 28, 639, 31},
                             {0, 2, 7, 9, 36, 0, 39, 479},
                             {0, 3, 120, 160, -1, -1, -1, -1},   // outside
-                            {5, 3, 14, 139, 635, 0, 639, 479}}; // above the part shown
+                            {5, 3, 14, 139, 635, 0, 639, 479}}; // above what is shown
     for (const auto& [mode, shown, row, column, x0, y0, x1, y1] : cases) {
         byte(0x00, mode);
         byte(0x10, shown);

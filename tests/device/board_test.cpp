@@ -199,7 +199,9 @@ TEST_F(Board, switchesPrintTheirLines) {
 TEST(SelfTest, opensTheDeviceWhenGivenAnArgument) {
     irmsim::Camera camera;
     camera.install();
-    void* library = dlopen("libirmcore.so", RTLD_NOW | RTLD_NOLOAD);
+    Dl_info where{};
+    ASSERT_NE(dladdr(reinterpret_cast<void*>(&readSpotTemp), &where), 0);
+    void* library = dlopen(where.dli_fname, RTLD_NOW | RTLD_NOLOAD);
     ASSERT_NE(library, nullptr) << dlerror();
     auto* run = reinterpret_cast<int (*)(int, char**)>(dlsym(library, "main"));
     ASSERT_NE(run, nullptr);
