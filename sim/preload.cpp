@@ -76,8 +76,8 @@ std::string readAll(int descriptor) {
     if (plan->pty && camera->pty() == nullptr)
         giveUp("no pty for its serial port"); // why, has been said
     if (plan->wallFactor <= 0.0 && ::access("/proc/self/task", R_OK) != 0)
-        std::fputs("irmsim: without /proc, simulated sleeps do not wait for the host's other "
-                   "threads; with --clock wall they take their time\n",
+        std::fputs("irmsim: without /proc, a simulated sleep gives the host's other threads 20 ms "
+                   "and does not see whether they need more; see --clock wall\n",
                    stderr);
 }
 
