@@ -192,7 +192,7 @@ QByteArray hostProgram(const QByteArray& word, int& exitCode) {
     const QString why = whyNot(program);
     if (why.isEmpty())
         return program;
-    complain(QStringLiteral("'%1' cannot run on the simulated camera: %2").arg(name, why));
+    complain(QStringLiteral("'%1' cannot be run here: %2").arg(name, why));
     exitCode = exitErrors;
     return {};
 }
