@@ -2,6 +2,7 @@
 
 #include "../core/range.h"
 #include "commands.h"
+#include "options.h"
 
 #include <QCommandLineParser>
 
@@ -35,10 +36,6 @@ constexpr std::array numberOptions{
     NumberOption{"reflected", "celsius", "temperature of what the objects reflect (25)",
                  &Surroundings::reflectedTemp, -40.0, 100.0},
 };
-
-QCommandLineOption option(const char* name, const char* help, const char* value = "") {
-    return {QString::fromLatin1(name), QString::fromUtf8(help), QString::fromLatin1(value)};
-}
 
 /// Reads the numbers; a text on what is wrong with one.
 QString takeNumbers(const QCommandLineParser& parser, Surroundings& surroundings) {
@@ -131,15 +128,8 @@ std::optional<DemoPlan> parseDemo(const QStringList& words, int& exitCode) {
         parser.addOption(option(number.name, number.help, number.unit));
 
     exitCode = exitUsage;
-    if (!parser.parse(words)) {
-        complain(parser.errorText());
+    if (!parseWords(parser, words, QStringLiteral("demo"), exitCode))
         return std::nullopt;
-    }
-    if (parser.isSet(QStringLiteral("help"))) {
-        std::fputs(parser.helpText().toLocal8Bit().constData(), stdout);
-        exitCode = exitClean;
-        return std::nullopt;
-    }
     if (!parser.positionalArguments().isEmpty()) {
         complain(QStringLiteral("demo takes options only, not '%1'")
                      .arg(parser.positionalArguments().constFirst()));

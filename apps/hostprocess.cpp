@@ -14,6 +14,7 @@
 #include <cstring>
 #include <elf.h>
 #include <fcntl.h>
+#include <optional>
 #include <string>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -48,6 +49,28 @@ QByteArray programOf(const QByteArray& word, int& code) {
     return {};
 }
 
+using Header = std::conditional_t<sizeof(void*) == 8, Elf64_Ehdr, Elf32_Ehdr>;
+using Segment = std::conditional_t<sizeof(void*) == 8, Elf64_Phdr, Elf32_Phdr>;
+
+/// The header of a program for a machine like this one; nothing for other bytes.
+std::optional<Header> headerIn(const QByteArray& bytes) {
+    constexpr char ownClass = sizeof(void*) == 8 ? ELFCLASS64 : ELFCLASS32;
+    Header header{};
+    if (static_cast<std::size_t>(bytes.size()) < sizeof header || bytes[EI_CLASS] != ownClass)
+        return std::nullopt;
+    std::memcpy(&header, bytes.constData(), sizeof header);
+    return header;
+}
+
+/// Whether a program is made for the machine that this one is made for.
+bool isOurs(const Header& header) {
+    QFile file(QCoreApplication::applicationFilePath());
+    const auto own = file.open(QIODevice::ReadOnly) ? headerIn(file.read(sizeof(Header)))
+                                                    : std::optional<Header>();
+    return !own ||
+           (own->e_machine == header.e_machine && own->e_ident[EI_DATA] == header.e_ident[EI_DATA]);
+}
+
 /// Why nothing can be preloaded into this program; empty when something can.
 QString whyNot(const QByteArray& path, int depth = 0) {
     struct stat status {};
@@ -68,18 +91,14 @@ QString whyNot(const QByteArray& path, int depth = 0) {
         constexpr int most = 4;
         return depth < most && !interpreter.isEmpty() ? whyNot(interpreter, depth + 1) : QString();
     }
-    using Header = std::conditional_t<sizeof(void*) == 8, Elf64_Ehdr, Elf32_Ehdr>;
-    using Segment = std::conditional_t<sizeof(void*) == 8, Elf64_Phdr, Elf32_Phdr>;
-    constexpr char ownClass = sizeof(void*) == 8 ? ELFCLASS64 : ELFCLASS32;
     if (!head.startsWith(ELFMAG))
         return {};
-    Header header{};
-    if (static_cast<std::size_t>(head.size()) < sizeof header || head[EI_CLASS] != ownClass)
+    const std::optional<Header> header = headerIn(head);
+    if (!header || !isOurs(*header))
         return QStringLiteral("it is made for another machine");
-    std::memcpy(&header, head.constData(), sizeof header);
-    if (header.e_phentsize != sizeof(Segment) || !file.seek(static_cast<qint64>(header.e_phoff)))
+    if (header->e_phentsize != sizeof(Segment) || !file.seek(static_cast<qint64>(header->e_phoff)))
         return {};
-    for (int i = 0; i < header.e_phnum; ++i) {
+    for (int i = 0; i < header->e_phnum; ++i) {
         Segment segment{};
         const QByteArray bytes = file.read(sizeof segment);
         if (static_cast<std::size_t>(bytes.size()) < sizeof segment)
@@ -140,6 +159,8 @@ int attend(pid_t host, const sigset_t& watched) {
 
 QByteArray preloadObject(QString& error) {
     QByteArray path = qgetenv("IRMCORE_SIM");
+    if (!path.isEmpty()) // the host may work elsewhere
+        path = QFile::encodeName(QFileInfo(QFile::decodeName(path)).absoluteFilePath());
     const QString beside = QCoreApplication::applicationDirPath();
     constexpr std::array places{"", IRMCORE_SIM_FROM_COMMAND};
     for (const char* place : places)
@@ -151,6 +172,9 @@ QByteArray preloadObject(QString& error) {
     if (path.isEmpty())
         error = QStringLiteral("libirmcore-sim.so is neither beside the command nor in %1")
                     .arg(QDir::cleanPath(beside + QStringLiteral("/" IRMCORE_SIM_FROM_COMMAND)));
+    else if (!QFileInfo(QFile::decodeName(path)).isFile() ||
+             !QFileInfo(QFile::decodeName(path)).isReadable())
+        error = QStringLiteral("%1 cannot be read").arg(QFile::decodeName(path));
     else if (path.contains(' ') || path.contains(':'))
         error = QStringLiteral("no object can be preloaded from a path with blanks or colons: %1")
                     .arg(QFile::decodeName(path));
@@ -168,7 +192,7 @@ QByteArray hostProgram(const QByteArray& word, int& exitCode) {
     const QString why = whyNot(program);
     if (why.isEmpty())
         return program;
-    complain(QStringLiteral("'%1' cannot run on the simulated camera: %2").arg(name, why));
+    complain(QStringLiteral("'%1' cannot be run here: %2").arg(name, why));
     exitCode = exitErrors;
     return {};
 }
@@ -188,6 +212,7 @@ int runHost(const HostProcess& host) {
     for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGCHLD})
         ::sigaddset(&watched, number);
     ::sigprocmask(SIG_BLOCK, &watched, &before);
+    ::signal(SIGCHLD, SIG_DFL); // one that is ignored, by whoever started us, never comes
     const pid_t child = ::fork();
     if (child == 0) {
         ::sigprocmask(SIG_SETMASK, &before, nullptr);
@@ -198,10 +223,12 @@ int runHost(const HostProcess& host) {
         handOver(environment.back(), host.planName, host.plan);
         if (host.courier >= 0)
             handOver(environment[environment.size() - 2], host.courierName, host.courier);
-        if (directory.isEmpty() || ::chdir(directory.constData()) == 0)
+        const bool there = directory.isEmpty() || ::chdir(directory.constData()) == 0;
+        if (there)
             ::execve(host.program.constData(), arguments.data(), variables.data());
-        std::perror(host.program.constData());
-        ::_exit(errno == ENOENT ? notFound : cannotExecute);
+        const int error = errno;
+        std::perror(there ? host.program.constData() : directory.constData());
+        ::_exit(there && error == ENOENT ? notFound : cannotExecute);
     }
     if (child < 0)
         std::perror("irmcore: no process for the host");

@@ -31,8 +31,8 @@ QByteArray preloadObject(QString& error);
 QByteArray hostProgram(const QByteArray& word, int& exitCode);
 
 /// Runs the program and returns its exit code as a shell does: 128 and the signal when one ended
-/// it. SIGINT, SIGTERM, SIGHUP and SIGQUIT that others
-/// send to this process are passed on; not for use beside other threads.
+/// it. SIGINT, SIGTERM, SIGHUP and SIGQUIT that others send to this process are passed on; not for
+/// use beside other threads.
 int runHost(const HostProcess& host);
 
 } // namespace irmcore::app

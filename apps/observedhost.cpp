@@ -63,7 +63,8 @@ private:
 using State = CourierReader::State;
 
 /// Reads until the host has ended and the pipe is empty: a child of the host may keep it open.
-void pump(int descriptor, CourierReader& reader, const std::atomic<bool>& hostEnded) {
+void pump(int descriptor, CourierReader& reader, const std::function<void()>& idle,
+          const std::atomic<bool>& hostEnded) {
     sigset_t brokenPipe; // an output that nobody reads is not to end this process before the host
     ::sigemptyset(&brokenPipe);
     ::sigaddset(&brokenPipe, SIGPIPE);
@@ -89,7 +90,9 @@ void pump(int descriptor, CourierReader& reader, const std::atomic<bool>& hostEn
         }
         std::this_thread::sleep_for(moment); // not to wake up for every single one
         pollfd waiting{descriptor, POLLIN, 0};
-        ::poll(&waiting, 1, 100);
+        constexpr int pause = 100; // ms
+        if (::poll(&waiting, 1, pause) == 0 && idle)
+            idle();
     }
 }
 
@@ -123,7 +126,8 @@ std::optional<ObservedRun> parseObserved(RunCommand command, const QStringList& 
     return observed;
 }
 
-int runObserved(const ObservedRun& observed, const CourierReader::Hear& hear) {
+int runObserved(const ObservedRun& observed, const CourierReader::Hear& hear,
+                const std::function<void()>& idle) {
     HostPipe pipe;
     if (pipe.write() < 0) {
         complain(QStringLiteral("no pipe to the host: ") +
@@ -140,7 +144,7 @@ int runObserved(const ObservedRun& observed, const CourierReader::Hear& hear) {
     const auto started = [&] {
         pipe.letGo();
         // With its signals blocked, as they are now: they stay with the thread that waits.
-        pumping = std::thread([&] { pump(pipe.read(), reader, hostEnded); });
+        pumping = std::thread([&] { pump(pipe.read(), reader, idle, hostEnded); });
     };
     const int code =
         runParsed(observed.run, {pipe.write(), started, observed.real, observed.prepared});

@@ -26,7 +26,9 @@ std::optional<ObservedRun> parseObserved(RunCommand command, const QStringList& 
 /// returns, of all of them. Which camera it is, and what keeps the observations from being
 /// complete, is said on standard error. Returns the host's exit code, as `runParsed`.
 ///
-/// A `hear` that waits makes the host wait, as soon as the pipe is full.
-int runObserved(const ObservedRun& observed, const CourierReader::Hear& hear);
+/// A `hear` that waits makes the host wait, as soon as the pipe is full. `idle` is called on the
+/// same thread when there has been nothing for a tenth of a second.
+int runObserved(const ObservedRun& observed, const CourierReader::Hear& hear,
+                const std::function<void()>& idle = nullptr);
 
 } // namespace irmcore::app

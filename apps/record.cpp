@@ -17,17 +17,6 @@ constexpr char description[] =
     "program is not changed; 'irmcore replay' serves the recording again. The exit code is the\n"
     "program's own, or 2 when the recording could not be written.";
 
-/// The first word that is not an option, before all options or behind them.
-QString takeFile(QStringList& words, SimRun* run) {
-    if (run == nullptr)
-        return words.size() > 1 && !words[1].startsWith(QLatin1Char('-')) ? words.takeAt(1)
-                                                                          : QString();
-    const QString file = run->host.takeFirst();
-    if (!run->host.isEmpty() && run->host.constFirst() == QLatin1String("--"))
-        run->host.removeFirst();
-    return file;
-}
-
 qint64 wallTime() {
     using namespace std::chrono;
     return duration_cast<nanoseconds>(system_clock::now().time_since_epoch()).count();
@@ -37,7 +26,7 @@ qint64 wallTime() {
 
 int runRecord(const QStringList& arguments) {
     QStringList words = arguments;
-    QString name = takeFile(words, nullptr);
+    QString name = takeRecordingName(words);
     const QString unpacked = QStringLiteral("uncompressed");
     bool packs = true;
     RunCommand command;
@@ -53,14 +42,20 @@ int runRecord(const QStringList& arguments) {
     if (!observed)
         return exitCode;
     if (name.isEmpty())
-        name = takeFile(words, &observed->run);
-    if (observed->run.host.isEmpty()) {
+        name = takeRecordingName(words, observed->run.host);
+    if (name.isEmpty() || observed->run.host.isEmpty()) {
         complain(QStringLiteral("record needs a file and a program: "
                                 "irmcore record FILE [OPTIONS] -- HOST"));
         return exitUsage;
     }
     QFile file(name);
     RecordingWriter writer(file, packs);
+    bool complete = true;
+    const auto flush = [&] {
+        complete = flushed(file);
+        if (!complete)
+            complain(QStringLiteral("'%1' is not complete: %2").arg(name, file.errorString()));
+    };
     observed->prepared = [&](const QString& directory) {
         if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
             complain(QStringLiteral("'%1' cannot be written: %2").arg(name, file.errorString()));
@@ -75,18 +70,35 @@ int runRecord(const QStringList& arguments) {
         head.surroundings = observed->run.plan.surroundings;
         head.range = observed->run.plan.range;
         writer.head(head);
-        return true;
+        flush();
+        return complete;
     };
-    exitCode = runObserved(*observed, [&](const Heard& heard) {
+    // Nothing stays here for long: this process may be killed, or the power go.
+    constexpr qint64 patience = 1000000000; // ns
+    qint64 lastFlush = 0;
+    const auto hear = [&](const Heard& heard) {
+        if (!complete)
+            return;
         writer.call(heard.header, heard.bytes, heard.count());
-    });
+        const qint64 passed = heard.header.wall - lastFlush;
+        if (passed < 0 || passed > patience || file.error() != QFileDevice::NoError) {
+            lastFlush = heard.header.wall;
+            flush();
+        }
+    };
+    const auto idle = [&] {
+        if (complete)
+            flush();
+    };
+    exitCode = runObserved(*observed, hear, idle);
     if (!file.isOpen())
         return exitCode;
-    writer.end(exitCode);
-    if (!file.flush() || file.error() != QFileDevice::NoError) {
-        complain(QStringLiteral("'%1' is not complete: %2").arg(name, file.errorString()));
-        return exitCode == exitClean ? exitErrors : exitCode;
+    if (complete) {
+        writer.end(exitCode);
+        flush();
     }
+    if (!complete)
+        return exitCode == exitClean ? exitErrors : exitCode;
     complain(QStringLiteral("%1: %2 frames, %3 calls, %4 s, %5 kB")
                  .arg(name)
                  .arg(writer.frames())

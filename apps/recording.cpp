@@ -31,6 +31,20 @@ bool isFrame(const WireHeader& header, std::size_t count) {
 
 } // namespace
 
+QString takeRecordingName(QStringList& words) {
+    return words.size() > 1 && !words[1].startsWith(QLatin1Char('-')) ? words.takeAt(1) : QString();
+}
+
+QString takeRecordingName(const QStringList& words, QStringList& behindOptions) {
+    const QLatin1String end("--");
+    if (behindOptions.isEmpty() || words[words.size() - behindOptions.size() - 1] == end)
+        return {};
+    QString name = behindOptions.takeFirst();
+    if (!behindOptions.isEmpty() && behindOptions.constFirst() == end)
+        behindOptions.removeFirst();
+    return name;
+}
+
 DirectoryIdentity identityOf(const QString& directory) {
     const QDir root(directory);
     QStringList names;
@@ -52,6 +66,13 @@ DirectoryIdentity identityOf(const QString& directory) {
         hash.addData(content);
     }
     return {hash.result(), static_cast<int>(names.size())};
+}
+
+bool flushed(QFileDevice& file) {
+    if (file.flush() && file.error() == QFileDevice::NoError)
+        return true;
+    file.flush(); // what was written in part has no reason: the rest brings it out
+    return false;
 }
 
 QByteArray packFrame(const std::uint8_t* bytes, std::size_t count) {

@@ -5,7 +5,7 @@
 
 #include <QByteArray>
 #include <QCborStreamWriter>
-#include <QIODevice>
+#include <QFileDevice>
 #include <QString>
 #include <QStringList>
 
@@ -17,6 +17,12 @@ namespace irmcore::app {
 /// The version of recordings: this program reads those of the same major one, and of older ones.
 inline constexpr int recordingMajor = 1;
 inline constexpr int recordingMinor = 0;
+
+/// Takes the recording's name out of a command's words, if it is the first of them.
+QString takeRecordingName(QStringList& words);
+/// The same out of the words behind the options, and a `--` after it. Empty when these begin with
+/// a `--`: the first word is the host then, and is not to be written over.
+QString takeRecordingName(const QStringList& words, QStringList& behindOptions);
 
 /// What the files of a camera directory are known by: `etc` and `Parameter` with all their files.
 struct DirectoryIdentity {
@@ -89,6 +95,10 @@ struct RecordingHearer {
 /// Reads a recording. Items and keys that are not known are passed over; one that was cut short is
 /// read to its last whole item.
 RecordingEnd readRecording(const char* bytes, qint64 size, const RecordingHearer& hearer);
+
+/// Writes what a file has buffered. False when that or something before it could not be written;
+/// its errorString() has the reason then.
+bool flushed(QFileDevice& file);
 
 /// Frame bytes for qCompress and back: differences from pixel to pixel, low bytes first, then high
 /// ones. Of the bytes packed the size is known.

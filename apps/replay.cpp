@@ -1,5 +1,6 @@
 #include "../sim/wire.h"
 #include "commands.h"
+#include "options.h"
 #include "recording.h"
 #include "simrun.h"
 
@@ -23,14 +24,9 @@ struct Words {
     SimRun run;
 };
 
-QCommandLineOption option(const char* name, const char* help, const char* value = "") {
-    return {QString::fromLatin1(name), QString::fromUtf8(help), QString::fromLatin1(value)};
-}
-
 std::optional<Words> parse(QStringList words, int& exitCode) {
     Words result;
-    if (words.size() > 1 && !words[1].startsWith(QLatin1Char('-')))
-        result.file = words.takeAt(1);
+    result.file = takeRecordingName(words);
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral(
         "Serves a recording made by 'irmcore record' to a program, in the place of a camera. The "
@@ -45,36 +41,19 @@ std::optional<Words> parse(QStringList words, int& exitCode) {
                 "dir"),
          option("keep", "the sample directory is not removed afterwards"),
          option("verbose", "say what is run"), option("help", "this text")});
-    parser.addPositionalArgument(QStringLiteral("host"), QStringLiteral("the program to run"),
-                                 QStringLiteral("-- HOST"));
-    parser.addPositionalArgument(QStringLiteral("arguments"), QStringLiteral("its arguments"),
-                                 QStringLiteral("[ARGUMENTS...]"));
-    parser.setOptionsAfterPositionalArgumentsMode(QCommandLineParser::ParseAsPositionalArguments);
+    addHost(parser);
     exitCode = exitUsage;
-    if (!parser.parse(words)) {
-        complain(parser.errorText());
+    if (!parseWords(parser, words, QStringLiteral("replay FILE"), exitCode))
         return std::nullopt;
-    }
-    if (parser.isSet(QStringLiteral("help"))) {
-        QString help = parser.helpText();
-        help.replace(help.indexOf(QStringLiteral("irmcore")), 7,
-                     QStringLiteral("irmcore replay FILE"));
-        std::fputs(help.toLocal8Bit().constData(), stdout);
-        exitCode = exitClean;
-        return std::nullopt;
-    }
     SimRun& run = result.run;
     run.host = parser.positionalArguments();
-    if (result.file.isEmpty() && !run.host.isEmpty()) {
-        result.file = run.host.takeFirst();
-        if (!run.host.isEmpty() && run.host.constFirst() == QLatin1String("--"))
-            run.host.removeFirst();
-    }
+    if (result.file.isEmpty())
+        result.file = takeRecordingName(words, run.host);
     run.cameraDirectory = parser.value(QStringLiteral("camera"));
     run.keep = parser.isSet(QStringLiteral("keep"));
     run.verbose = parser.isSet(QStringLiteral("verbose"));
     run.plan.replay.emplace().loop = parser.isSet(QStringLiteral("loop"));
-    if (run.host.isEmpty()) {
+    if (result.file.isEmpty() || run.host.isEmpty()) {
         complain(QStringLiteral("replay needs a recording and a program: "
                                 "irmcore replay FILE [OPTIONS] -- HOST"));
         return std::nullopt;
@@ -114,9 +93,12 @@ public:
     /// A descriptor that a host inherits, with a high number: a host gets those that it would get
     /// without us. Negative when the file could not be written.
     int descriptor() {
+        if (!m_file.isOpen() || !flushed(m_file))
+            return -1;
         constexpr int high = 200;
-        if (m_file.isOpen() && m_file.flush() && m_file.error() == QFileDevice::NoError)
-            m_descriptor = ::fcntl(m_file.handle(), F_DUPFD, high);
+        m_descriptor = ::fcntl(m_file.handle(), F_DUPFD, high);
+        if (m_descriptor < 0)
+            m_descriptor = ::dup(m_file.handle());
         return m_descriptor;
     }
     QString error() const { return m_file.errorString(); }
@@ -167,7 +149,7 @@ int runReplay(const QStringList& arguments) {
     watch.prepared = [&](const QString& directory) {
         if (identityOf(directory).digest != head.directory.digest)
             complain(QStringLiteral("the camera directory is not the one of the recording: "
-                                    "readings will differ"));
+                                    "readings can differ"));
         return true;
     };
     return runParsed(words->run, watch);

@@ -4,6 +4,7 @@
 #include <array>
 #include <cerrno>
 #include <charconv>
+#include <chrono>
 #include <cstring>
 #include <fstream>
 #include <iterator>
@@ -61,7 +62,7 @@ constexpr std::array commands{
     Command{"inside", "", What::inside, true, insideCelsius, 0},
     Command{"sensor", "", What::sensor, true, insideCelsius, 0},
     Command{"shutter", "", What::shutter, true, insideCelsius, 0},
-    Command{"ambient", "", What::ambient, true, {-40.0, 100.0, false}, 0},
+    Command{"ambient", "", What::ambient, true, {-40.0, 49.0, false}, 0},
     Command{"lens", "", What::lens, true, {0, 6, true}, 0},
     Command{"range", "", What::range, true, {0, 1, true}, 0},
     Command{"freeze", "on", What::freeze, false, none, 1},
@@ -101,6 +102,9 @@ private:
     bool fail(const std::string& why) {
         if (wrong.empty())
             wrong = why;
+        for (char& letter : wrong) // words may hold anything
+            if (const auto code = static_cast<unsigned char>(letter); code < 0x20 || code == 0x7F)
+                letter = '?';
         return false;
     }
     bool unexpected() { return fail("'" + m_words[m_next] + "' is not expected here"); }
@@ -144,9 +148,12 @@ bool Script::number(const Bounds& bounds, double& to) {
 bool Script::time() {
     if (accept("after")) {
         double later = 0.0;
-        const bool read = number(seconds, later);
+        if (!number(seconds, later))
+            return false;
         m_event.at = m_before + irmsim::timeOf(later);
-        return read;
+        constexpr irmsim::Time latest = std::chrono::hours(10000);
+        return m_event.at < latest ||
+               fail("'" + m_words[m_next - 1] + "' leads beyond 10000 hours");
     }
     if (!accept("at"))
         return fail("'" + m_words[0] + "' is neither 'at' nor 'after'");
@@ -307,7 +314,7 @@ std::optional<ScenePlan> sceneOf(const Words& words, const ScenePlan& size,
         for (std::size_t i = 0; i < count; ++i) {
             const std::string word = i + 1 < words.size() ? words[i + 1] : "";
             if (word.empty() && error.empty())
-                error = "a number is missing after '" + words.back() + "'";
+                error = "a number is missing after '" + words[std::min(i, words.size() - 1)] + "'";
             else if (error.empty() && !numberOf(word, celsius, *to[i]))
                 error = "'" + word + "' is no number from " + shortest(celsius.low) + " to " +
                         shortest(celsius.high);
@@ -330,10 +337,12 @@ std::optional<ScenePlan> sceneOf(const Words& words, const ScenePlan& size,
         scene.pgm.resize(limit);
         file.read(scene.pgm.data(), static_cast<std::streamsize>(limit));
         scene.pgm.resize(static_cast<std::size_t>(file.gcount()));
-        if (!file.is_open())
+        if (!file.is_open()) {
             error = std::strerror(errno);
-        else
-            scene.draw(error);
+        } else if (const auto drawn = scene.draw(error)) {
+            scene.width = drawn->width(); // of those that come after it, too
+            scene.height = drawn->height();
+        }
         if (!error.empty())
             error = "'" + words[0] + "' is no scene: " + error;
     }

@@ -1,6 +1,7 @@
 #include "simplan.h"
 
 #include "commands.h"
+#include "options.h"
 #include "scenario.h"
 
 #include <QCommandLineParser>
@@ -40,10 +41,6 @@ constexpr std::array surroundingsOptions{
     NumberOption{"humidity", "fraction", "relative humidity of the air (0.6)",
                  &Surroundings::humidity, 0.01, 1.0},
 };
-
-QCommandLineOption option(const char* name, const char* help, const char* value = "") {
-    return {QString::fromLatin1(name), QString::fromUtf8(help), QString::fromLatin1(value)};
-}
 
 /// Reads options into a plan. The first thing that is wrong is kept.
 class Options {
@@ -230,11 +227,7 @@ void addOptions(QCommandLineParser& parser) {
          option("help", "this text")});
     for (const NumberOption& number : surroundingsOptions)
         parser.addOption(option(number.name, number.help, number.unit));
-    parser.addPositionalArgument(QStringLiteral("host"), QStringLiteral("the program to run"),
-                                 QStringLiteral("-- HOST"));
-    parser.addPositionalArgument(QStringLiteral("arguments"), QStringLiteral("its arguments"),
-                                 QStringLiteral("[ARGUMENTS...]"));
-    parser.setOptionsAfterPositionalArgumentsMode(QCommandLineParser::ParseAsPositionalArguments);
+    addHost(parser);
 }
 
 /// Whether an option that only concerns the camera is set.
@@ -266,18 +259,8 @@ std::optional<SimRun> parseRun(const RunCommand& command, const QStringList& wor
     parser.addOptions(command.options);
     addOptions(parser);
     exitCode = exitUsage;
-    if (!parser.parse(words)) {
-        complain(parser.errorText());
+    if (!parseWords(parser, words, command.name, exitCode))
         return std::nullopt;
-    }
-    if (parser.isSet(QStringLiteral("help"))) {
-        QString help = parser.helpText();
-        help.replace(help.indexOf(QStringLiteral("irmcore")), 7,
-                     QStringLiteral("irmcore ") + command.name);
-        std::fputs(help.toLocal8Bit().constData(), stdout);
-        exitCode = exitClean;
-        return std::nullopt;
-    }
     SimRun run;
     run.cameraDirectory = parser.value(QStringLiteral("camera"));
     run.keep = parser.isSet(QStringLiteral("keep"));

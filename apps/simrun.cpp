@@ -15,8 +15,10 @@
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
+#include <filesystem>
 #include <string>
 #include <sys/mman.h>
+#include <system_error>
 #include <unistd.h>
 
 namespace irmcore::app {
@@ -50,6 +52,22 @@ bool isCameraDirectory() {
     return !QDir(QStringLiteral("etc"))
                 .entryList({QStringLiteral("calc_len*")}, QDir::Files)
                 .isEmpty();
+}
+
+/// Removes a directory, also what the host has made unwritable in it.
+void removeAll(const QString& path) {
+    namespace fs = std::filesystem;
+    const fs::path directory = QFile::encodeName(path).toStdString();
+    std::error_code error;
+    fs::permissions(directory, fs::perms::owner_all, fs::perm_options::add, error);
+    for (fs::recursive_directory_iterator entry(directory, error), end; entry != end && !error;
+         entry.increment(error))
+        if (entry->symlink_status(error).type() == fs::file_type::directory)
+            fs::permissions(entry->path(), fs::perms::owner_all, fs::perm_options::add, error);
+    fs::remove_all(directory, error);
+    if (error)
+        complain(QStringLiteral("%1 is not removed: ").arg(path) +
+                 QString::fromLocal8Bit(error.message().c_str()));
 }
 
 /// The host's words as they were given to this process: Qt has decoded them, which not every
@@ -105,7 +123,10 @@ int runParsed(const SimRun& run, const Watch& watch) {
         return prepared() ? runHost(host) : exitErrors;
     std::optional<QTemporaryDir> sample;
     if (host.directory.isEmpty() && !isCameraDirectory()) {
-        sample.emplace(QDir::tempPath() + QStringLiteral("/irmcore-camera-XXXXXX"));
+        // Qt's is the root or nothing when what TMPDIR names is not there.
+        const QString place =
+            QDir::tempPath().size() > 1 ? QDir::tempPath() : QStringLiteral("/tmp");
+        sample.emplace(place + QStringLiteral("/irmcore-camera-XXXXXX"));
         sample->setAutoRemove(!run.keep);
         std::string why;
         if (!sample->isValid())
@@ -137,6 +158,10 @@ int runParsed(const SimRun& run, const Watch& watch) {
                      .arg(QFile::decodeName(host.preload)));
     exitCode = runHost(host);
     ::close(host.plan);
+    if (sample && !run.keep) {
+        sample->setAutoRemove(false);
+        removeAll(sample->path());
+    }
     return exitCode;
 }
 

@@ -1,6 +1,7 @@
 // `irmcore trace`.
 #include "commands.h"
 #include "observedhost.h"
+#include "options.h"
 #include "traceline.h"
 
 #include <QCommandLineParser>
@@ -43,10 +44,6 @@ QString take(const QCommandLineParser& parser, TraceWords& words) {
 }
 
 RunCommand traceCommand() {
-    const auto option = [](const char* name, const char* help, const char* value = "") {
-        return QCommandLineOption(QString::fromLatin1(name), QString::fromUtf8(help),
-                                  QString::fromLatin1(value));
-    };
     RunCommand command;
     command.name = QStringLiteral("trace");
     command.description = QStringLiteral(

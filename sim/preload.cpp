@@ -73,6 +73,12 @@ std::string readAll(int descriptor) {
     static auto* const camera = new irmsim::Camera;
     if (!irmsim::setUp(*camera, *plan, error) || !camera->install())
         giveUp(error);
+    if (plan->pty && camera->pty() == nullptr)
+        giveUp("no pty for its serial port"); // why, has been said
+    if (plan->wallFactor <= 0.0 && ::access("/proc/self/task", R_OK) != 0)
+        std::fputs("irmsim: without /proc, a simulated sleep gives the host's other threads 20 ms "
+                   "and does not see whether they need more; see --clock wall\n",
+                   stderr);
 }
 
 } // namespace

@@ -34,5 +34,18 @@ run 2 replay cut -- true; said "'cut' cannot be replayed: its head is not comple
 run 2 replay then -- true; said "'then' cannot be replayed: it is not a recording"
 run 2 replay none -- true; said "'none' cannot be replayed: No such file"
 run 2 record none/a -- true; said "'none/a' cannot be written"
+run 2 record /dev/full -- true; said "'/dev/full' is not complete: No space left"
+# Behind -- is the host: it is not taken for the file, and not written over.
+printf '#!/bin/sh\nexit 0\n' >wrapper; chmod +x wrapper
+run 3 record -- ./wrapper true
+run 3 replay -- a.irmrec true
+[ "$(head -n 1 wrapper)" = '#!/bin/sh' ] || fail "the host has been written over"
+(ulimit -n 100; run 0 replay a.irmrec -- true) || exit 1
+# What a recorder that is killed has heard is in the file.
+"$command" record killed.irmrec --camera other -- \
+    sh -c 'exec 3<>/dev/DM365-FPGA; echo >opened; sleep 2' 2>err &
+until [ -e other/opened ]; do sleep 0.1; done
+sleep 0.5; kill -9 $!; wait $! 2>/dev/null
+run 0 replay killed.irmrec -- true; said 'cut short: it ends after [1-9]'
 run 3 record a.irmrec
 run 3 replay a.irmrec

@@ -15,6 +15,22 @@ def trace(*words):
     return subprocess.run([PROGRAM, "trace", *words], capture_output=True, text=True, timeout=100)
 
 
+# A host that asks for the VSK on the port, as a terminal without lines.
+ASKS = """
+import os, termios
+port = os.open('/dev/ttyS1', os.O_RDWR)
+attributes = termios.tcgetattr(port)
+attributes[:4] = [0, 0, attributes[2], 0]
+attributes[6][termios.VMIN], attributes[6][termios.VTIME] = 0, 100
+termios.tcsetattr(port, termios.TCSANOW, attributes)
+os.write(port, bytes.fromhex('ffa57700775a'))
+answer = b''
+while len(answer) < 9:
+    answer += os.read(port, 64)
+print(answer.hex())
+"""
+
+
 class Trace(unittest.TestCase):
     def testTransfersAreLinesOnStandardErrorAndTheHostKeepsItsOwn(self):
         done = trace("--sim", "--inside", "30", "--", HOST, "r", "0x1c", "r", "0x62", "e", "7")
@@ -33,6 +49,19 @@ class Trace(unittest.TestCase):
         self.assertEqual([line["values"][0]["value"] for line in lines], [1, 2, 3, 4, 5, 6, 7, 8] * 3)
         self.assertEqual({(line["name"], line["length"], line["result"]) for line in lines}, {("frame", 27648, 27648)})
         self.assertEqual(lines[-1]["time"], 0.12)
+
+    def testAPtysTransfersAreSeenToo(self):
+        done = trace("--port", "pty", "--only", "port", "--json", "--", sys.executable, "-c", ASKS)
+        self.assertEqual((done.returncode, done.stdout), (0, "7fa50077025307215a\n"), done.stderr)
+        lines = [json.loads(line) for line in done.stderr.splitlines() if line.startswith("{")]
+        calls = [line["call"] for line in lines if line["call"] != "getAttributes"]
+        self.assertEqual(calls[:4], ["open", "setAttributes", "write", "read"])
+        self.assertIn({"name": "vsk", "value": 1875}, lines[-1]["values"])
+
+    def testALogThatEndsBeforeTheHostIsSaidToEnd(self):
+        done = trace("--", sys.executable, "-c", "import os, time; os.closerange(3, 1000); time.sleep(2)")
+        self.assertEqual(done.returncode, 0)
+        self.assertIn("the host has closed the descriptor that its transfers come by", done.stderr)
 
     @unittest.skipIf(os.path.exists("/dev/DM365-FPGA"), "there is a camera")
     def testWithoutADeviceTheRealOneIsSeenToBeMissing(self):
