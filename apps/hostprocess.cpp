@@ -157,6 +157,12 @@ int attend(pid_t host, const sigset_t& watched) {
 
 } // namespace
 
+int inheritable(int descriptor) {
+    constexpr int high = 200;
+    const int copy = ::fcntl(descriptor, F_DUPFD, high);
+    return copy >= 0 ? copy : ::dup(descriptor);
+}
+
 QByteArray preloadObject(QString& error) {
     QByteArray path = qgetenv("IRMCORE_SIM");
     if (!path.isEmpty()) // the host may work elsewhere

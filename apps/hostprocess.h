@@ -21,6 +21,10 @@ struct HostProcess {
     std::function<void()> started; ///< called once the host has both; signals are blocked then
 };
 
+/// A copy of a descriptor that a host inherits; negative on failure. Its number is high if it can
+/// be: a host gets those that it would get without us.
+int inheritable(int descriptor);
+
 /// The path of the object to preload. Empty, with a text in `error`, when it cannot be found or
 /// not be preloaded.
 QByteArray preloadObject(QString& error);

@@ -44,7 +44,7 @@ void printHelp(std::FILE* to) {
     for (const Command& command : commands)
         std::fprintf(to, "  %-9s %s\n", command.name, command.summary);
     std::fputs("\n'irmcore COMMAND --help' says more. Exit codes: 0 clean, 2 errors, "
-               "3 wrong usage.\n",
+               "3 wrong usage;\ncommands that run a program end with that program's code.\n",
                to);
 }
 

@@ -2,6 +2,7 @@
 
 #include "../sim/interpose.h"
 #include "commands.h"
+#include "hostprocess.h"
 #include "simrun.h"
 
 #include <QCommandLineParser>
@@ -31,11 +32,7 @@ public:
         ::fcntl(m_read, F_SETFL, O_NONBLOCK);
         constexpr int size = 1 << 20; // the most that is free to everybody
         ::fcntl(m_read, F_SETPIPE_SZ, size);
-        // Inherited, and with a high number: a host gets those that it would get without us.
-        constexpr int high = 200;
-        m_write = ::fcntl(ends[1], F_DUPFD, high);
-        if (m_write < 0)
-            m_write = ::dup(ends[1]);
+        m_write = inheritable(ends[1]);
         ::close(ends[1]);
     }
     ~HostPipe() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "../sim/detector.h"
+#include "../sim/observer.h"
 
 #include <array>
 
@@ -8,9 +9,10 @@ namespace irmcore::app {
 
 inline constexpr char recordingFormat[] = "irmcore-recording";
 
-/// The calls as a recording names them, in the order of Observation::Call.
+/// The calls as recordings and traces name them, in the order of Observation::Call.
 inline constexpr std::array<const char*, 8> callNames{
     "open", "seek", "read", "write", "close", "getAttributes", "setAttributes", "flush"};
+static_assert(callNames.size() == static_cast<std::size_t>(irmsim::Observation::Call::flush) + 1);
 
 /// The surroundings as a recording names them.
 struct SurroundingsKey {

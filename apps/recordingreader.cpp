@@ -124,6 +124,9 @@ Read readCall(const Item& item, WireHeader& header, QByteArray& bytes) {
     const qint64 address = number(item, "address");
     const bool transfers = name == QLatin1String("read") || name == QLatin1String("write");
     constexpr qint64 last = std::numeric_limits<std::uint32_t>::max();
+    constexpr qint64 latest = 1'000'000'000'000'000'000; // ns: 31 years
+    if (header.time < 0 || header.time > latest)
+        return Read::wrong;
     if (address < 0 || address > last || length < 0 || length > last || header.result < -longest ||
         header.result > longest || (transfers && header.result > length))
         return Read::wrong;

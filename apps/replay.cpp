@@ -1,5 +1,6 @@
 #include "../sim/wire.h"
 #include "commands.h"
+#include "hostprocess.h"
 #include "options.h"
 #include "recording.h"
 #include "simrun.h"
@@ -90,15 +91,11 @@ public:
         m_file.write(bytes);
         m_file.write(zeros, static_cast<qint64>(filling));
     }
-    /// A descriptor that a host inherits, with a high number: a host gets those that it would get
-    /// without us. Negative when the file could not be written.
+    /// A descriptor that a host inherits. Negative when the file could not be written.
     int descriptor() {
         if (!m_file.isOpen() || !flushed(m_file))
             return -1;
-        constexpr int high = 200;
-        m_descriptor = ::fcntl(m_file.handle(), F_DUPFD, high);
-        if (m_descriptor < 0)
-            m_descriptor = ::dup(m_file.handle());
+        m_descriptor = inheritable(m_file.handle());
         return m_descriptor;
     }
     QString error() const { return m_file.errorString(); }

@@ -25,18 +25,13 @@ namespace irmcore::app {
 
 namespace {
 
-/// A descriptor with the plan's bytes, which a host inherits; negative on failure. Its number is
-/// high: a host gets those that it would get without us.
+/// A descriptor with the plan's bytes, which a host inherits; negative on failure.
 int descriptorOf(const std::string& bytes) {
     const int low = ::memfd_create("irmsim-plan", 0);
     if (low < 0)
         return -1;
-    constexpr int high = 200;
-    int fd = ::fcntl(low, F_DUPFD, high);
-    if (fd < 0)
-        fd = low;
-    else
-        ::close(low);
+    const int fd = inheritable(low);
+    ::close(low);
     for (std::size_t done = 0; done < bytes.size();) {
         const ssize_t n = ::write(fd, bytes.data() + done, bytes.size() - done);
         if (n < 0 && errno != EINTR) {

@@ -1,6 +1,7 @@
 #include "traceline.h"
 
 #include "../sim/observer.h"
+#include "recordingnames.h"
 
 #include <QDateTime>
 #include <QJsonArray>
@@ -47,10 +48,6 @@ QString errorName(std::int64_t number) {
             return QString::fromLatin1(error.name);
     return QStringLiteral("errno %1").arg(number);
 }
-
-constexpr std::array callNames{"open",  "seek",          "read",          "write",
-                               "close", "getAttributes", "setAttributes", "flush"};
-static_assert(callNames.size() == static_cast<std::size_t>(Call::flush) + 1);
 
 Call callOf(const WireHeader& header) { return static_cast<Call>(header.call); }
 bool isTransfer(Call call) { return call == Call::read || call == Call::write; }

@@ -241,10 +241,11 @@ public:
     /// Takes a built-in palette and shows it. Returns the transfer result; 255, with nothing
     /// changed, for an index that is none.
     unsigned char setStandardPaletteIndex(COLOR_TABLE index);
-    /// Takes 256 entries of the host's as palette `COLOR_CUSTOM` and shows them. Returns the
+    /// Copies 256 entries of the host's as palette `COLOR_CUSTOM` and shows them. Returns the
     /// transfer result; 255, with nothing changed, for a null pointer.
     unsigned char setCustomPalette(_yuv_item * palette);
-    /// A built-in table of 258 entries, null for an index that is none.
+    /// A built-in table of 258 entries, the library's own and always there; null for an index that
+    /// is none.
     const _yuv_item* getColorTable(int index);
     /// The palette last selected; `COLOR_IRON` before any was, with an empty table.
     COLOR_TABLE getPaletteIndex();

@@ -1,13 +1,12 @@
 #pragma once
 
 /// @file
-/// The VSK, a setting of the detector core that follows temperature.
+/// The VSK, a setting of the detector core that follows temperature: a raw number of its own.
+/// Exported; one set per process.
 
 #include "truncate.h"
 
 #include <cstdint>
-
-/// The VSK, a setting of the detector core that follows temperature. Exported; one set per process.
 
 /// Reference temperature of the compensation, °C.
 [[gnu::visibility("default")]] extern float m_vskTemp;

@@ -13,9 +13,9 @@ enum Mode_t : int {
 };
 static_assert(sizeof(Mode_t) == 4);
 
-/// Upper limit of the automatic window, AD. One per process, as the two below.
+/// Upper limit of the automatic window, 0 to 65535 AD. One per process, as the two below.
 [[gnu::visibility("default")]] extern int m_levelSpanMaxAD;
-/// Lower limit of the automatic window, AD.
+/// Lower limit of the automatic window, 0 to 65535 AD.
 [[gnu::visibility("default")]] extern int m_levelSpanMinAD;
 /// What `FPGA::startLevelSpanControl` was last given; for the host.
 [[gnu::visibility("default")]] extern bool m_isStarLevelSpanControl;

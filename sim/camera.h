@@ -162,7 +162,6 @@ public:
     CoreCounts coreCounts() const;
     void clearReceived();
     std::uint16_t coreIntTime() const;
-    std::uint16_t coreVsk() const;
     bool coreOn() const;
     /// Shutter calibrations that the core has done.
     unsigned long calibrations() const;

@@ -54,11 +54,6 @@ std::uint16_t Camera::coreIntTime() const {
     return m_core.intTime();
 }
 
-std::uint16_t Camera::coreVsk() const {
-    const Hold hold(cameraLock());
-    return m_core.vsk();
-}
-
 bool Camera::coreOn() const {
     const Hold hold(cameraLock());
     return m_core.on();

@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstring>
 #include <fcntl.h>
+#include <pthread.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -41,6 +42,10 @@ __attribute__((constructor(101))) void lookUpEarly() {
     *nextRead;
     *nextWrite;
     *nextClose;
+    // A child that is forked while a thread is in a call gets the lock free. Handlers of a child
+    // run in the order of their registration: whoever wants the lock there registers later.
+    pthread_atfork([] { irmsim::cameraLock().lock(); }, [] { irmsim::cameraLock().unlock(); },
+                   [] { irmsim::cameraLock().unlock(); });
 }
 
 std::mutex lock;
@@ -61,6 +66,19 @@ Slot* deviceOf(int fd) {
     return slot != nullptr && !isPort(slot->kind) ? slot : nullptr;
 }
 
+void forget(Slot& slot, int fd) {
+    if (slot.fd.compare_exchange_strong(fd, -1))
+        slotsInUse.fetch_sub(1, std::memory_order_release);
+}
+
+/// A number that has just been given out is a new file's: what we knew by it has been closed behind
+/// our back (`close_range`, `dup2`, `fclose`).
+int asNew(int fd) {
+    if (Slot* old = slotOf(fd))
+        forget(*old, fd);
+    return fd;
+}
+
 /// Forgets a descriptor that is about to be closed.
 void letGo(Slot& slot, int fd) {
     const std::lock_guard<std::mutex> hold(lock);
@@ -73,8 +91,7 @@ void letGo(Slot& slot, int fd) {
             camera->closePortCall();
     }
     report(slot, Observation::Call::close, 0);
-    slot.fd.store(-1, std::memory_order_release);
-    slotsInUse.fetch_sub(1, std::memory_order_release);
+    forget(slot, fd);
 }
 
 bool takesMode(int flags) { return (flags & O_CREAT) != 0 || (flags & O_TMPFILE) == O_TMPFILE; }
@@ -86,7 +103,7 @@ int openPath(const char* path, int flags, OpenNext next) {
         return openDevice(flags);
     if (answers(path, serialPortPath))
         return openPort(flags);
-    const int fd = next();
+    const int fd = asNew(next());
     return observed() && !anyCamera() ? watchReal(path, fd) : fd;
 }
 
@@ -114,6 +131,7 @@ Slot* slotOf(int fd) {
 }
 
 Slot* keep(int fd, Kind kind) {
+    asNew(fd);
     for (Slot& slot : slots) {
         if (slot.fd.load() >= 0)
             continue;

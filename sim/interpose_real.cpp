@@ -4,6 +4,7 @@
 #include "descriptors.h"
 
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <unistd.h>
 
@@ -69,8 +70,9 @@ int watchReal(const char* path, int fd) {
         return fd;
     const bool port = std::strcmp(path, to->port) == 0;
     if (port || std::strcmp(path, to->device) == 0) {
-        if (fd >= 0)
-            keep(fd, port ? Kind::realPort : Kind::realDevice);
+        if (fd >= 0 && keep(fd, port ? Kind::realPort : Kind::realDevice) == nullptr)
+            std::fputs("irmsim: too many descriptors on the camera; this one is not followed\n",
+                       stderr);
         tell({Observation::Call::open, port, true, 0, nullptr, 0, fd < 0 ? -error : fd});
     }
     errno = error;

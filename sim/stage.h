@@ -38,7 +38,6 @@ public:
 
     /// The scene behind the targets.
     void setBackdrop(Scene scene) { m_backdrop = std::move(scene); }
-    bool hasBackdrop() const { return m_backdrop.has_value(); }
 
     /// Places a target, where it stays.
     void place(std::size_t target, const Body& body);

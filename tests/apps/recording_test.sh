@@ -43,9 +43,9 @@ run 3 replay -- a.irmrec true
 (ulimit -n 100; run 0 replay a.irmrec -- true) || exit 1
 # What a recorder that is killed has heard is in the file.
 "$command" record killed.irmrec --camera other -- \
-    sh -c 'exec 3<>/dev/DM365-FPGA; echo >opened; sleep 2' 2>err &
-until [ -e other/opened ]; do sleep 0.1; done
-sleep 0.5; kill -9 $!; wait $! 2>/dev/null
+    sh -c 'exec 3<>/dev/DM365-FPGA; echo $$ >opened; exec sleep 60' 2>err &
+until "$command" replay killed.irmrec -- true 2>&1 | grep -q 'after [1-9]'; do sleep 0.1; done
+kill -9 $!; wait $! 2>/dev/null; kill "$(cat other/opened)"
 run 0 replay killed.irmrec -- true; said 'cut short: it ends after [1-9]'
 run 3 record a.irmrec
 run 3 replay a.irmrec

@@ -5,7 +5,10 @@
 //     s SECONDS   sleep                     q 0   ask the core for the VSK, print its answer
 //     e CODE      exit at once              k N   kill itself by a signal
 //     w 0         wait for SIGTERM, then exit with 7
+//     p N         fork N children that close the device while a thread reads it, print those that
+//     end c 0         close the device by close_range, open a plain file, print what it reads
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <cstdint>
@@ -13,6 +16,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 #include <vector>
 
@@ -53,6 +58,39 @@ void printAnswer() {
     std::puts(n < 0 ? std::strerror(errno) : "");
 }
 
+void forkWhileReading(long children) {
+    std::atomic<bool> done{false};
+    std::thread reader([&done] {
+        std::vector<std::uint8_t> part(27648);
+        while (!done)
+            readAt(0x4000, part);
+    });
+    long ended = 0;
+    for (long i = 0; i < children; ++i) {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            for (int fd = 3; fd < 20; ++fd)
+                ::close(fd);
+            ::_exit(0);
+        }
+        int status = -1;
+        ended += ::waitpid(child, &status, 0) == child && status == 0 ? 1 : 0;
+    }
+    done = true;
+    reader.join();
+    std::printf("%ld\n", ended);
+}
+
+void readAfterCloseRange() {
+    std::vector<std::uint8_t> word(2);
+    readAt(0x30, word);
+    ::close_range(3, 20, 0);
+    const int fd = ::open("/proc/self/comm", O_RDONLY);
+    char text[64]{};
+    const bool read = ::read(fd, text, sizeof text - 1) > 0;
+    std::printf("%d %s", fd, read ? text : "nothing\n");
+}
+
 void waitForTerm() {
     std::signal(SIGTERM, [](int) { ::_exit(7); });
     std::puts("waiting");
@@ -75,6 +113,10 @@ int main(int argc, char** argv) {
             ::usleep(static_cast<useconds_t>(std::strtod(argv[i + 1], nullptr) * 1e6));
         else if (what == 'q')
             printAnswer();
+        else if (what == 'p')
+            forkWhileReading(number);
+        else if (what == 'c')
+            readAfterCloseRange();
         else if (what == 'w')
             waitForTerm();
         else if (what == 'e')

@@ -42,6 +42,10 @@ class SimRun(unittest.TestCase):
         path.chmod(mode)
         return path
 
+    def testForksAndDescriptorsClosedBehindItsBack(self):
+        self.assertEqual(self.plain("p", 100), ["100"])
+        self.assertRegex(self.plain("c", 0)[0], "^[0-9]+ irmcore-plainho$")
+
     def testExitCodesAreTheHostsOrAShells(self):
         program = bytearray(pathlib.Path(PLAIN).read_bytes())
         program[18] ^= 0xFF  # the machine
