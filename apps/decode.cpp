@@ -106,9 +106,10 @@ void addNumber(std::vector<Value>& to, const Entry& entry, const QString& name, 
         to.push_back(numberValue(name, number / 128.0, "", 7));
     } else if (is(reg::gain.unit)) {
         to.push_back(numberValue(name, number));
-        if (raw != 0)
-            to.push_back(numberValue(QStringLiteral("span"),
-                                     static_cast<double>(reg::gainOfSpanOne / raw), "AD"));
+        if (raw != 0) {
+            const auto span = reg::gainOfSpanOne / raw; // whole counts, as the library takes it
+            to.push_back(numberValue(QStringLiteral("span"), static_cast<double>(span), "AD"));
+        }
     } else if (is(reg::windowControl.unit)) {
         Value value = numberValue(name, number);
         if (raw == 0 || raw == 0xFF)
@@ -122,8 +123,8 @@ void addNumber(std::vector<Value>& to, const Entry& entry, const QString& name, 
 
 std::vector<Value> colorValues(const std::uint8_t* bytes, std::size_t n) {
     constexpr std::size_t entry = 4;
-    std::vector<Value> values{
-        numberValue(QStringLiteral("entries"), static_cast<double>(n / entry))};
+    const std::size_t entries = n / entry;
+    std::vector<Value> values{numberValue(QStringLiteral("entries"), static_cast<double>(entries))};
     if (n >= entry) {
         values.push_back(textValue(QStringLiteral("first"), hexOf(bytes, entry)));
         values.push_back(
@@ -279,17 +280,17 @@ Decoded RegisterDecoder::decode(bool write, std::uint32_t address, std::size_t l
             const QString part = QString::fromLatin1(partsOf(*piece.entry).names[piece.part]);
             name = several ? name + QLatin1Char('.') + part : part;
         }
-        if (piece.entry == nullptr || !(known || piece.size > longestValue))
-            decoded.values.push_back(textValue(name, hexOf(from, there)));
-        else if (piece.entry->address == reg::version.address)
+        const bool isLong = piece.size > longestValue;
+        const std::uint32_t at = piece.entry != nullptr ? piece.entry->address : 0;
+        if (piece.entry != nullptr && known && !isLong && at != reg::version.address)
+            addNumber(decoded.values, *piece.entry, name, numberIn(from, there));
+        else if (piece.entry != nullptr && (known || isLong) && at == reg::version.address)
             decoded.values.push_back(versionValue(from, there));
-        else if (piece.entry->address == reg::colorTable.address && piece.size > longestValue)
+        else if (piece.entry != nullptr && isLong && at == reg::colorTable.address)
             for (Value& value : colorValues(from, there))
                 decoded.values.push_back(std::move(value));
-        else if (piece.size > longestValue)
-            decoded.values.push_back(textValue(name, hexOf(from, there)));
         else
-            addNumber(decoded.values, *piece.entry, name, numberIn(from, there));
+            decoded.values.push_back(textValue(name, hexOf(from, there)));
     }
     if (several)
         decoded.name += QStringLiteral("..") + label(pieces.back());

@@ -112,6 +112,7 @@ QString whyNot(const QByteArray& path, int depth = 0) {
 
 std::vector<char*> pointers(std::vector<QByteArray>& words) {
     std::vector<char*> all;
+    all.reserve(words.size() + 1);
     for (QByteArray& word : words)
         all.push_back(word.data());
     all.push_back(nullptr);
@@ -188,7 +189,7 @@ QByteArray preloadObject(QString& error) {
 }
 
 QByteArray hostProgram(const QByteArray& word, int& exitCode) {
-    const QByteArray program = programOf(word, exitCode);
+    QByteArray program = programOf(word, exitCode);
     const QString name = QFile::decodeName(word);
     if (program.isEmpty()) {
         complain(exitCode == notFound ? QStringLiteral("there is no program '%1'").arg(name)
