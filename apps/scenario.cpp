@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <charconv>
 #include <chrono>
+#include <cmath>
 #include <cstring>
 #include <fstream>
 #include <iterator>
@@ -37,7 +38,7 @@ bool numberOf(const std::string& word, const Bounds& bounds, double& to) {
     const char* end = word.data() + word.size();
     const auto found = std::from_chars(word.data(), end, value);
     if (found.ec != std::errc() || found.ptr != end || !(value >= bounds.low) ||
-        !(value <= bounds.high) || (bounds.whole && value != static_cast<long>(value)))
+        !(value <= bounds.high) || (bounds.whole && value != std::trunc(value)))
         return false;
     to = value;
     return true;

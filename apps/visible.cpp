@@ -90,7 +90,7 @@ Field heatOf(const irmsim::Scene& scene) {
 }
 
 std::size_t binOf(double heat) {
-    return static_cast<std::size_t>(std::clamp(heat, 0.0, 1.0) * (bins - 1) + 0.5);
+    return static_cast<std::size_t>(std::lround(std::clamp(heat, 0.0, 1.0) * (bins - 1)));
 }
 
 /// The paint of each 1/255 of the temperatures. They fall into groups about their own means, a wall
@@ -159,7 +159,7 @@ double mottle(int x, int y, int size) {
 }
 
 std::uint8_t channel(double value) {
-    return static_cast<std::uint8_t>(std::clamp(value, 0.0, 1.0) * 255 + 0.5);
+    return static_cast<std::uint8_t>(std::lround(std::clamp(value, 0.0, 1.0) * 255));
 }
 
 } // namespace
