@@ -58,7 +58,7 @@ void Replay::passFrame(const Step& step) {
     Frame frame;
     frame.width = parted(length) ? 384 : 160;
     frame.height = parted(length) ? 288 : 120;
-    frame.ad.resize(static_cast<std::size_t>(frame.width * frame.height));
+    frame.ad.resize(static_cast<std::size_t>(frame.width) * static_cast<std::size_t>(frame.height));
     for (std::size_t i = 0; i < frame.ad.size(); ++i)
         frame.ad[i] = static_cast<std::uint16_t>(m_parts[2 * i] | m_parts[2 * i + 1] << 8);
     m_board.show(frame);
