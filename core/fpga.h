@@ -261,8 +261,8 @@ public:
     /// Switches the isotherm and shows the picture with it or without. Returns the transfer result
     /// of the colour table.
     unsigned char setIsoSwitch(bool on);
-    bool getIsoSwitch();
-    Isotherm getIsoPara();
+    bool getIsoSwitch();   ///< as last set; the FPGA is not asked
+    Isotherm getIsoPara(); ///< a copy of the settings
     /// Takes the settings and converts their temperatures. The picture and the FPGA's limits follow
     /// at the next `palette_cal` while the isotherm is on; the FPGA is told the type at once.
     void setIsoPara(Isotherm iso);
@@ -287,7 +287,7 @@ public:
     bool getFreezeImageStatus();
     /// Keeps a flag for the host; the FPGA's saturation display is `fpga_open_saturation`.
     void setSaturation(bool const& on);
-    bool const& getSaturation() const;
+    bool const& getSaturation() const; ///< the flag, as long as this object lives
     /// Does nothing.
     void saturation();
     /// Output mode of the video encoder. Returns the transfer result.

@@ -33,8 +33,8 @@ class [[gnu::visibility("default")]] ISOHandler {
 public:
     /// The defaults of `Isotherm`, both ends of the band at entry 0.
     ISOHandler();
-    void setIsoInfo(Isotherm iso);
-    Isotherm getIsoInfo();
+    void setIsoInfo(Isotherm iso); ///< takes the settings; the band stays
+    Isotherm getIsoInfo();         ///< a copy of the settings
     /// Places the band from the palette indices of the upper and the lower limit, by the type:
     /// below, 0 to `minIndex`; between, `minIndex` to `maxIndex`; above, `maxIndex` to 255; cut to
     /// 0 to 255. -1 stands for a limit under the window, 256 for one over it. Another type keeps
@@ -48,7 +48,7 @@ public:
     void setIsoPalette(unsigned char* table);
 
 protected:
-    Isotherm m_isoInfo;
-    int m_upperIndex; ///< last palette entry of the band; the band is empty below `m_lowerIndex`
-    int m_lowerIndex; ///< first palette entry of the band
+    Isotherm m_isoInfo; ///< the settings
+    int m_upperIndex;   ///< last palette entry of the band; the band is empty below `m_lowerIndex`
+    int m_lowerIndex;   ///< first palette entry of the band
 };

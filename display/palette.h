@@ -30,15 +30,22 @@ enum COLOR_TABLE : int {
 };
 static_assert(sizeof(COLOR_TABLE) == 4);
 
-/// The built-in tables, coldest entry first. Entries 0 to 255 are the palette; the last two are the
-/// same in all of them and of no use to the library.
+/// `COLOR_IRON`, coldest entry first. Entries 0 to 255 are the palette; the last two are the same
+/// in all built-in tables and of no use to the library.
 [[gnu::visibility("default")]] extern const _yuv_item Iron_TAB[258];
+/// `COLOR_RAINBOW`, likewise.
 [[gnu::visibility("default")]] extern const _yuv_item Rainbow_TAB[258];
+/// `COLOR_GREY`, likewise.
 [[gnu::visibility("default")]] extern const _yuv_item Grey_TAB[258];
+/// `COLOR_GREY_INVERTED`, likewise.
 [[gnu::visibility("default")]] extern const _yuv_item Grey_Inverted_TAB[258];
+/// `COLOR_SPIA`, likewise.
 [[gnu::visibility("default")]] extern const _yuv_item Spia_TAB[258];
+/// `COLOR_BLUE_RED`, likewise.
 [[gnu::visibility("default")]] extern const _yuv_item Blue_Red_TAB[258];
+/// `COLOR_HOT_COLD`, likewise.
 [[gnu::visibility("default")]] extern const _yuv_item Hot_Cold_TAB[258];
+/// `COLOR_FEATHER`, likewise.
 [[gnu::visibility("default")]] extern const _yuv_item Feather_TAB[258];
 
 /// All of them and `Custom_TAB` (luma 0 to 255), in the order of `COLOR_TABLE`.
