@@ -1,5 +1,6 @@
 #include "screen_colouring.h"
 
+#include "../display/palette.h"
 #include "screen.h"
 
 #include <algorithm>
@@ -9,10 +10,9 @@ namespace irmcore::app {
 
 namespace {
 
-constexpr std::size_t lastEntry = 255;
-constexpr std::size_t isothermEntry = 258;
-constexpr std::size_t belowEntry = 259;
-constexpr std::size_t aboveEntry = 260;
+constexpr std::size_t lastEntry = paletteSize - 1;
+constexpr std::size_t belowEntry = belowWindowEntry;
+constexpr std::size_t aboveEntry = aboveWindowEntry;
 constexpr unsigned gainFractionBits = 14;
 
 /// The overlays' colours where the uploaded table has none: Y, Cb, Cr of entries 256 and 257.
