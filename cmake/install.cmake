@@ -18,6 +18,7 @@ set(IRMCORE_PUBLIC_HEADERS
   display/palette.h
   measure/calctrans.h
   measure/irpara.h
+  measure/model.h
   measure/reading.h
   measure/temphandler.h
   measure/tempinfotab.h)
@@ -79,9 +80,9 @@ configure_file(${PROJECT_SOURCE_DIR}/cmake/irmcore.pc.in ${PROJECT_BINARY_DIR}/i
 install(FILES ${PROJECT_BINARY_DIR}/install/irmcore.pc
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
-# Man pages, made from what the commands say of themselves, so a cross build needs an emulator.
+# Man pages, made from what the commands say of themselves: for that they have to run here.
 find_program(IRMCORE_HELP2MAN help2man)
-if(IRMCORE_HELP2MAN AND (NOT CMAKE_CROSSCOMPILING OR CMAKE_CROSSCOMPILING_EMULATOR))
+if(IRMCORE_HELP2MAN AND NOT CMAKE_CROSSCOMPILING)
   add_custom_command(OUTPUT ${PROJECT_BINARY_DIR}/man/stamp
     COMMAND ${PROJECT_SOURCE_DIR}/man/make-pages ${IRMCORE_HELP2MAN} ${PROJECT_VERSION}
             ${PROJECT_BINARY_DIR}/man $<TARGET_FILE:irmcore-command>
@@ -91,5 +92,5 @@ if(IRMCORE_HELP2MAN AND (NOT CMAKE_CROSSCOMPILING OR CMAKE_CROSSCOMPILING_EMULAT
   install(DIRECTORY ${PROJECT_BINARY_DIR}/man/ DESTINATION ${CMAKE_INSTALL_MANDIR}/man1
           FILES_MATCHING PATTERN "*.1")
 else()
-  message(STATUS "irmcore: no man pages, they take help2man")
+  message(STATUS "irmcore: no man pages, they take help2man and a build for this machine")
 endif()

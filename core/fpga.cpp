@@ -1,10 +1,13 @@
 #include "fpga.h"
 
+#include "fpga_private.h"
+
 FPGA::~FPGA() {
     delete m_serial;
     m_serial = nullptr;
     delete m_sysTempHandler;
     delete m_queryTempHandler;
+    delete m_private;
 }
 
 QString FPGA::getDllVersion() { return QStringLiteral("QRV20180705.2.00"); }

@@ -208,6 +208,18 @@ public:
     /// whose read failed is 0. Returns 0, or -1 with nothing written when the area is refused.
     int getAreaTemp(int index, _area& area, ParaMode_t mode, TempSetup const& setup, _area_val& val,
                     Area_Temp& out);
+    /// The temperature of every pixel: `count` words of a raw frame to temperatures in °C and to
+    /// statuses, 0 "OK", 1 "L", 2 "LE", 3 "HE", 4 "H", each as `TempHandler::irAD2Temp` gives it.
+    /// `temp` or `status` may be null when it is not wanted; the buffers are the caller's, hold
+    /// `count` elements each and do not overlap. The FPGA is asked once whether the image is
+    /// frozen. Returns 0, or -1 with nothing written when `ad` or both outputs are null or `count`
+    /// is negative.
+    ///
+    /// Each count is converted once and looked up from then on, until table, shutter term,
+    /// parameters, limits or drift correction change. The first frame takes 832 kB of memory for
+    /// each of the two sets of parameters, which stay until the end.
+    int getFrameTemp(const unsigned short* ad, int count, ParaMode_t mode, TempSetup const& setup,
+                     float* temp, unsigned char* status);
     /// Readings at the two ends of the window; a null pointer is passed over. Applies the system
     /// parameters as last given again; if they are out of range their line is printed again.
     void getMinMaxTemp(IrTempStru * minOut, IrTempStru * maxOut);

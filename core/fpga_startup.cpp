@@ -1,4 +1,5 @@
 #include "fpga.h"
+#include "fpga_private.h"
 #include "range.h"
 #include "settings.h"
 #include "vsk.h"
@@ -12,7 +13,7 @@ FPGA::FPGA()
       m_serial(nullptr), m_levelSpanMode(LEVELSPAN_AUTO), m_fileTempSetup{}, m_lenTemp(0.0F),
       m_shutterTemp(0.0F), m_sensorTemp(0.0F), m_lenIndex(0), m_tempRange(0), m_tempInfoTab{},
       m_coreVersionNum(1), m_modifyValue(0.0F), m_deltaTemp(0.0F), m_freeze(false),
-      m_modifyShutterTemp(0.0F), m_private(nullptr) {
+      m_modifyShutterTemp(0.0F), m_private(new Private) {
     readReferenceSensorTemp();
     m_freeze = fpga_get_freeze_status() != 0;
     m_serial = new Serial(this, "/dev/ttyS1");

@@ -3,9 +3,13 @@
 #include <QSettings>
 #include <QString>
 
+#include <optional>
+
 /// The configuration files: every group, key and default, once. All paths are relative to the
-/// working directory; a missing file or key is no error and gives the default. A value that is
-/// there but is no number ("nan" is none) reads as 0. The library only reads these files.
+/// working directory; a missing file or key is no error and gives the default. A regular
+/// file that cannot be read counts as missing that once, and standard error says why; what is no
+/// regular file counts as missing. A value that is there but is
+/// no number ("nan" is none) reads as 0. The library only reads these files.
 namespace irmcore::settings {
 
 // clang-format off
@@ -88,6 +92,8 @@ public:
     }
     /// The low 16 bits of a hexadecimal text, with or without 0x; 0 when it is none.
     unsigned short hexadecimal(const QString& key, const char* fallback) const;
+    /// The same; nothing when the key is missing.
+    std::optional<unsigned short> hexadecimal(const QString& key) const;
     QSettings* operator->() { return &m_settings; }
 
 private:

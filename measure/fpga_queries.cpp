@@ -1,4 +1,5 @@
 #include "../core/fpga.h"
+#include "../core/fpga_private.h"
 #include "../display/window.h"
 
 namespace {
@@ -78,6 +79,19 @@ int FPGA::getAreaTemp(int index, _area& area, ParaMode_t mode, TempSetup const& 
     out.tempMax = handler.irAD2Temp(val.maxAD);
     out.tempMin = handler.irAD2Temp(val.minAD);
     out.tempAvg = handler.irAD2Temp(val.avgAD);
+    return 0;
+}
+
+int FPGA::getFrameTemp(const unsigned short* ad, int count, ParaMode_t mode, TempSetup const& setup,
+                       float* temp, unsigned char* status) {
+    if (ad == nullptr || (temp == nullptr && status == nullptr) || count < 0)
+        return -1;
+    TempHandler& handler = handlerFor(mode, setup);
+    irmcore::FrameTable& frames =
+        &handler == m_sysTempHandler ? m_private->system : m_private->queries;
+    frames.convert(
+        {handler.terms(), m_irPara.table(), m_irPara.readShutterDeltaAD(), getDeltaTemp()}, ad,
+        static_cast<std::size_t>(count), temp, status);
     return 0;
 }
 

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <limits>
+#include <optional>
 #include <unistd.h>
 
 namespace settings = irmcore::settings;
@@ -24,10 +25,11 @@ Path tablePath(const char* format, int lens, int range) {
 }
 
 /// Whether the file has entries enough to be a table.
-bool hasTable(const char* path) {
-    settings::File file(path);
+bool hasTable(settings::File& file) {
     file->beginGroup(QLatin1String(settings::entryGroup));
-    return file->allKeys().size() >= 2;
+    const auto entries = file->allKeys().size();
+    file->endGroup();
+    return entries >= 2;
 }
 
 /// The first key at or above the lowest temperature that an entry can hold, in steps from
@@ -40,25 +42,19 @@ std::int64_t firstKey(std::int64_t minTemp) {
     return minTemp + steps * settings::entryStep;
 }
 
-} // namespace
-
-TempInfoTab FPGA::getTempInfoTab() { return m_irPara.getADToTempTab(); }
-
-int FPGA::readTable(const char* fileName, TempInfoTab* tab) {
-    if (fileName == nullptr || tab == nullptr)
-        return 1;
-    settings::File file(fileName);
+/// Reads what a table file holds.
+void readFile(settings::File& file, TempInfoTab& tab) {
     file->beginGroup(QLatin1String(settings::scalarGroup));
-    tab->maxAD = file.hexadecimal(QLatin1String(settings::maxAd), settings::defaultMaxAd);
-    tab->minAD = file.hexadecimal(QLatin1String(settings::minAd), settings::defaultMinAd);
-    tab->baseTemp = static_cast<std::int16_t>(
+    tab.maxAD = file.hexadecimal(QLatin1String(settings::maxAd), settings::defaultMaxAd);
+    tab.minAD = file.hexadecimal(QLatin1String(settings::minAd), settings::defaultMinAd);
+    tab.baseTemp = static_cast<std::int16_t>(
         file.integer(QLatin1String(settings::baseTemp), settings::defaultBaseTemp));
     const int minTemp = file.integer(QLatin1String(settings::minTemp), settings::defaultMinTemp);
     const int maxTemp = file.integer(QLatin1String(settings::maxTemp), settings::defaultMaxTemp);
     const int count =
         std::clamp(file.integer(QLatin1String(settings::tempNum), settings::defaultTempNum), 0,
                    irmcore::tableCapacity);
-    tab->tempNum = static_cast<std::uint16_t>(count);
+    tab.tempNum = static_cast<std::uint16_t>(count);
     file->endGroup();
 
     // Temperatures that an entry cannot hold are passed over, so that the scan stays short.
@@ -67,13 +63,24 @@ int FPGA::readTable(const char* fileName, TempInfoTab* tab) {
         std::min<std::int64_t>(maxTemp, std::numeric_limits<std::int16_t>::max());
     int n = 0;
     for (std::int64_t t = firstKey(minTemp); t <= last && n < count; t += settings::entryStep) {
-        const QString key = QString::number(t);
-        if (file->value(key).isValid()) {
-            tab->temp[n] = static_cast<std::int16_t>(t);
-            tab->ad[n] = file.hexadecimal(key, "");
+        if (const auto ad = file.hexadecimal(QString::number(t))) {
+            tab.temp[n] = static_cast<std::int16_t>(t);
+            tab.ad[n] = *ad;
             ++n;
         }
     }
+    file->endGroup();
+}
+
+} // namespace
+
+TempInfoTab FPGA::getTempInfoTab() { return m_irPara.getADToTempTab(); }
+
+int FPGA::readTable(const char* fileName, TempInfoTab* tab) {
+    if (fileName == nullptr || tab == nullptr)
+        return 1;
+    settings::File file(fileName);
+    readFile(file, *tab);
     return 1;
 }
 
@@ -81,15 +88,18 @@ int FPGA::setSystemAdToTempTab(int lens, int range) {
     updateModify(lens, range);
     m_tempInfoTab = TempInfoTab{};
     Path path = tablePath(settings::tableFile, lens, range);
+    std::optional<settings::File> file;
     if (::access(path.data(), F_OK) != 0) {
         std::printf("[%s, %d] %s is no exist\n", __FILE__, __LINE__, path.data());
         std::printf("[%s, %d] Set all AD table failured\n", __FILE__, __LINE__);
         path = tablePath(settings::tableFallbackFile, lens, range);
-    } else if (!hasTable(path.data())) {
+    } else if (!hasTable(file.emplace(path.data()))) {
+        file.reset();
         path = tablePath(settings::tableFallbackFile, lens, range);
     }
     std::printf("[==================%s, %d] %s\n", __FILE__, __LINE__, path.data());
-    readTable(path.data(), &m_tempInfoTab);
+    readFile(file ? *file : file.emplace(path.data()), m_tempInfoTab);
+    file.reset();
     m_irPara.setADToTempTab(m_tempInfoTab);
     std::printf("[%s, %d] Set all AD table successed\n", __FILE__, __LINE__);
     updateLevelSpanLimits(range);

@@ -1,38 +1,50 @@
 #include "radiometry.h"
 
 #include "../core/truncate.h"
-#include "tablelookup.h"
+#include "guard.h"
+#include "literal.h"
+#include "quickreading.h"
 
 #include <cmath>
+#include <cstddef>
+#include <cstring>
+#include <limits>
 
 namespace irmcore {
 
-namespace {
-
-double fourthPower(double celsius) { return std::pow(celsius + kelvin, 4.0); }
-
-/// `ad` plus the term cut to a whole count, modulo 2^32.
-unsigned int shifted(unsigned int ad, float shutterDelta) {
-    return ad + static_cast<unsigned int>(truncateToInt(static_cast<double>(shutterDelta)));
+Terms termsOf(const Model& model) {
+    const double reflected = literal::reflectedPower(model);
+    const double air = literal::airPower(model);
+    Terms terms{model,
+                1.0 / static_cast<double>(model.emiss * model.trans),
+                reflected + air,
+                std::abs(reflected) + std::abs(air),
+                static_cast<float>(model.rangeMin),
+                static_cast<float>(model.rangeMax)};
+    // Not a number, too, where the quick way is closed: it fails every comparison.
+    if (!(terms.perSeen > 0.0 && std::abs(model.offset) <= largestShift))
+        terms.perSeen = std::numeric_limits<double>::quiet_NaN();
+    return terms;
 }
 
-} // namespace
-
-double objectPower(const Model& model, float seen) {
-    const float emissTrans = model.emiss * model.trans;
-    const double observed = fourthPower(seen) / emissTrans;
-    const double reflected = fourthPower(model.reflecTemp) * (1.0F - model.emiss) / model.emiss;
-    const double air = fourthPower(model.envTemp) * (1.0F - model.trans) / emissTrans;
-    return (observed - reflected) - air;
+bool sameModel(const Model& a, const Model& b) {
+    return std::memcmp(&a, &b, offsetof(Model, calibrating)) == 0 && a.calibrating == b.calibrating;
 }
 
 float seenTemp(const Model& model, float object) {
-    const auto body = static_cast<float>(object + kelvin - model.offset);
-    const double sum = std::pow(static_cast<double>(body), 4.0) * model.trans * model.emiss +
-                       fourthPower(model.reflecTemp) * (1.0F - model.emiss) * model.trans +
-                       fourthPower(model.envTemp) * (1.0F - model.trans);
-    return static_cast<float>(std::pow(static_cast<double>(static_cast<float>(sum)), 0.25) -
-                              kelvin);
+    const double body = squaredSquare(static_cast<double>(literal::bodyKelvins(model, object)));
+    const double reflected = squaredSquare(static_cast<double>(model.reflecTemp) + kelvin);
+    const double air = squaredSquare(static_cast<double>(model.envTemp) + kelvin);
+    const auto trans = static_cast<double>(model.trans);
+    const auto emiss = static_cast<double>(model.emiss);
+    const double sum = body * trans * emiss +
+                       reflected * static_cast<double>(1.0F - model.emiss) * trans +
+                       air * static_cast<double>(1.0F - model.trans);
+    // All terms have one sign, so that no place is lost.
+    if (model.emiss >= 0.0F && model.emiss <= 1.0F && model.trans >= 0.0F && model.trans <= 1.0F)
+        if (const auto quick = celsiusIfSure(sum))
+            return *quick;
+    return literal::seenTemp(model, object);
 }
 
 void classify(const Model& model, double celsius, IrTempStru& reading) {
@@ -52,40 +64,9 @@ void classify(const Model& model, double celsius, IrTempStru& reading) {
     }
 }
 
-Observation observe(const Model& model, const TempInfoTab& table, float shutterDelta,
-                    unsigned int ad) {
-    const unsigned int corrected = shifted(ad, shutterDelta);
-    Observation result{adToTableTemp(table, corrected), true, 0.0};
-    IrTempStru& reading = result.reading;
-    reading.ad = low16(ad);
-    reading.correctAD = low16(corrected);
-    reading.deltaAD = low16(corrected - ad);
-    if (model.calibrating)
-        reading.biaoDingTemp = adToTableTemp(table, ad).temp;
-    if (!isOk(reading))
-        return result;
-
-    const double power = objectPower(model, reading.temp);
-    if (power < 0.0) {
-        setStatus(reading, "L");
-        reading.temp = static_cast<float>(model.rangeMin);
-        return result;
-    }
-    result.settled = false;
-    result.celsius = std::pow(power, 0.25) - kelvin + static_cast<double>(model.offset);
-    return result;
-}
-
-IrTempStru conclude(const Model& model, const Observation& observation, float deltaTemp) {
-    IrTempStru reading = observation.reading;
-    classify(model, observation.celsius - static_cast<double>(deltaTemp), reading);
-    return reading;
-}
-
-IrTempStru objectTemp(const Model& model, const TempInfoTab& table, float shutterDelta,
+IrTempStru objectTemp(const Terms& terms, const TempInfoTab& table, float shutterDelta,
                       float deltaTemp, unsigned int ad) {
-    const Observation observation = observe(model, table, shutterDelta, ad);
-    return observation.settled ? observation.reading : conclude(model, observation, deltaTemp);
+    return quickReading(terms, table, shutterDelta, ad, [deltaTemp] { return deltaTemp; });
 }
 
 IrTempStru objectAd(const Model& model, const TempInfoTab& table, float shutterDelta, float temp) {

@@ -1,6 +1,8 @@
 #pragma once
 
+#include "model.h"
 #include "reading.h"
+#include "tablelookup.h"
 #include "tempinfotab.h"
 
 /// The object temperature model. Pure: values in, values out.
@@ -17,22 +19,11 @@
 /// Powers and roots are taken in double precision; e tau, 1 - e and 1 - tau are single.
 namespace irmcore {
 
-/// What a conversion depends on besides table and shutter term.
-struct Model {
-    float emiss;      ///< emissivity
-    float offset;     ///< added to the object temperature, °C
-    float envTemp;    ///< air temperature, °C
-    float reflecTemp; ///< temperature of the reflected surroundings, °C
-    float trans;      ///< transmission of the air
-    int rangeMin;     ///< lower limit of the measuring range, °C
-    int rangeMax;     ///< upper limit, °C
-    bool calibrating; ///< also report the table temperature of the count itself
-};
+/// The terms of a model.
+Terms termsOf(const Model& model);
 
-/// Fourth power of the object's absolute temperature, from the temperature the camera sees in °C.
-/// Negative when the object would have to be colder than 0 K; not a number when no radiation of
-/// the object reaches the camera (a transmission of 0).
-double objectPower(const Model& model, float seen);
+/// Whether two models are the same, bit by bit.
+bool sameModel(const Model& a, const Model& b);
 
 /// The temperature in °C that the camera sees of an object at `object` °C. The inverse of the
 /// above but for the offset, which is taken off before the power here.
@@ -43,27 +34,12 @@ float seenTemp(const Model& model, float object);
 /// NaN is "L" with the lower limit.
 void classify(const Model& model, double celsius, IrTempStru& reading);
 
-/// A count half way to its temperature.
-struct Observation {
-    IrTempStru reading; ///< with everything that is known by now
-    bool settled;       ///< nothing is to be added: the reading is "L" or "H"
-    double celsius;     ///< else the object's temperature, without the drift correction
-};
-
-/// Count to object temperature, but for the drift correction. `shutterDelta` is the shutter term in
-/// AD.
+/// Count to object temperature. `shutterDelta` is the shutter term in AD, `deltaTemp` the drift
+/// correction in °C that is subtracted.
 ///
 /// The sum of count and term is taken modulo 2^32: a small count with a negative term wraps, and
 /// reads "H".
-Observation observe(const Model& model, const TempInfoTab& table, float shutterDelta,
-                    unsigned int ad);
-
-/// The reading of an observation that is not settled. `deltaTemp` is the drift correction in °C
-/// that is subtracted.
-IrTempStru conclude(const Model& model, const Observation& observation, float deltaTemp);
-
-/// Count to object temperature, both steps in one.
-IrTempStru objectTemp(const Model& model, const TempInfoTab& table, float shutterDelta,
+IrTempStru objectTemp(const Terms& terms, const TempInfoTab& table, float shutterDelta,
                       float deltaTemp, unsigned int ad);
 
 /// Object temperature in °C to the count that the FPGA would deliver. Below -60 °C and for NaN

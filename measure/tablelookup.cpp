@@ -1,6 +1,8 @@
 #include "tablelookup.h"
 
 #include "../core/truncate.h"
+#include "guard.h"
+#include "literal.h"
 
 #include <algorithm>
 #include <cmath>
@@ -10,20 +12,8 @@ namespace irmcore {
 
 namespace {
 
-constexpr double backgroundKelvin = 298.15;
-constexpr double surfaceEmissivity = 0.95;
-constexpr double backgroundShare = 0.05;
-
 /// Entries in use, never more than there are.
 int entries(const TempInfoTab& table) { return std::min<int>(table.tempNum, tableCapacity); }
-
-/// Fourth root of `radicand`, rounded to single first, as °C. 0 K where there is no root.
-float fromFourthPower(double radicand) {
-    const auto rounded = static_cast<float>(radicand);
-    if (!(rounded > 0.0F))
-        return static_cast<float>(-kelvin);
-    return static_cast<float>(std::pow(static_cast<double>(rounded), 0.25) - kelvin);
-}
 
 /// The first segment whose temperatures enclose `t`, ends included.
 std::optional<int> segmentOfTemp(const TempInfoTab& table, float t) {
@@ -46,47 +36,55 @@ float interpolateAd(const TempInfoTab& table, int i, float t) {
 } // namespace
 
 float fromTable(float celsius) {
-    const double body = std::pow(static_cast<double>(celsius) + kelvin, 4.0);
-    return fromFourthPower(surfaceEmissivity * body +
-                           backgroundShare * std::pow(backgroundKelvin, 4.0));
+    const auto quick = fromTableIfSure(celsius);
+    return quick ? *quick : literal::fromTable(celsius);
 }
 
 float toTable(float celsius) {
-    const double surface = std::pow(static_cast<double>(celsius) + kelvin, 4.0);
-    return fromFourthPower((surface - backgroundShare * std::pow(backgroundKelvin, 4.0)) /
-                           surfaceEmissivity);
+    constexpr double background = backgroundShare * squaredSquare(backgroundKelvin);
+    const double surface = squaredSquare(static_cast<double>(celsius) + kelvin);
+    // Near the background the difference loses places.
+    if (surface > 2.0 * background)
+        if (const auto quick = celsiusIfSure((surface - background) * (1.0 / surfaceEmissivity)))
+            return *quick;
+    return literal::toTable(celsius);
 }
 
-IrTempStru adToTableTemp(const TempInfoTab& table, unsigned int ad) {
-    IrTempStru result{};
-    result.ad = low16(ad);
-    const auto outside = [&result](bool below) {
-        if (below)
-            setStatus(result, "L");
-        else
-            setStatus(result, "H");
-        result.temp = below ? belowTable : aboveTable;
-        return result;
-    };
+int findSegment(const TempInfoTab& table, unsigned int ad) {
+    const int used = entries(table);
     if (ad < table.minAD)
-        return outside(true);
+        return belowSegments;
     if (ad > table.maxAD)
-        return outside(false);
-
-    const int last = entries(table) - 1;
-    for (int i = 0; i < last; ++i) {
-        if (ad < table.ad[i] || ad > table.ad[i + 1])
-            continue;
-        // 64 bits: a hostile table's product does not fit 32.
-        const std::int64_t product =
-            (std::int64_t{ad} - table.ad[i]) * (std::int64_t{table.temp[i + 1]} - table.temp[i]);
-        const int run = table.ad[i + 1] - table.ad[i];
-        const float above = run == 0 ? 0.0F : static_cast<float>(product) / static_cast<float>(run);
-        setStatus(result, "OK");
-        result.temp = fromTable(above + static_cast<float>(table.temp[i]));
-        return result;
+        return aboveSegments;
+    if (used < 2)
+        return belowSegments;
+    const auto count = low16(ad); // no more than `maxAD`
+    const std::uint16_t* const end = table.ad + used;
+    if (table.ad[0] <= count) {
+        // The first upper end that is not below the count closes its segment, whatever the table:
+        // all ends before it are below.
+        const auto* const upper = std::find_if(
+            table.ad + 1, end, [count](std::uint16_t value) { return value >= count; });
+        return upper == end ? aboveSegments : static_cast<int>(upper - table.ad) - 1;
     }
-    return outside(last < 1 || ad < table.ad[0]);
+    // Only a table that falls somewhere holds it.
+    const auto* const lower =
+        std::adjacent_find(table.ad, end, [count](std::uint16_t low, std::uint16_t high) {
+            return low <= count && count <= high;
+        });
+    return lower == end ? belowSegments : static_cast<int>(lower - table.ad);
+}
+
+TableCursor::TableCursor(const TempInfoTab& table)
+    : m_table(table), m_rises(std::is_sorted(table.ad, table.ad + entries(table))) {}
+
+IrTempStru adToTableTemp(const TempInfoTab& table, unsigned int ad) {
+    const TableTemp found = findTemp(table, ad);
+    IrTempStru result = readingOf(found);
+    result.ad = low16(ad);
+    if (found.place == Place::inside)
+        result.temp = fromTable(found.celsius);
+    return result;
 }
 
 IrTempStru tempToTableAd(const TempInfoTab& table, float temp) {

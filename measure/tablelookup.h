@@ -14,6 +14,11 @@
 /// in double precision, the radicand and the result rounded to single.
 namespace irmcore {
 
+/// The background of those formulas, K, and the shares.
+inline constexpr double backgroundKelvin = 298.15;
+inline constexpr double surfaceEmissivity = 0.95;
+inline constexpr double backgroundShare = 0.05;
+
 /// 0 °C in kelvin.
 inline constexpr double kelvin = 273.15;
 
@@ -27,6 +32,76 @@ float fromTable(float celsius);
 /// Reported temperature to table temperature, °C. A temperature too cold to come from any table
 /// (below some -132 °C) and NaN give -273.15.
 float toTable(float celsius);
+
+/// Where a count lies.
+enum class Place { below, inside, above };
+
+/// A count's table temperature.
+struct TableTemp {
+    Place place;
+    float celsius; ///< outside the table its sentinel
+};
+
+/// Instead of a segment, for counts that no segment holds.
+inline constexpr int belowSegments = -1;
+inline constexpr int aboveSegments = -2;
+
+/// The segment of a count: that from this entry to the next, or one of the above. The cases are
+/// those of `adToTableTemp`.
+int findSegment(const TempInfoTab& table, unsigned int ad);
+
+/// The table temperature of a count in its segment.
+inline TableTemp tempIn(const TempInfoTab& table, int segment, unsigned int ad) {
+    if (segment < 0)
+        return segment == belowSegments ? TableTemp{Place::below, belowTable}
+                                        : TableTemp{Place::above, aboveTable};
+    const int low = table.ad[segment];
+    const int run = table.ad[segment + 1] - low;
+    const int rise = table.temp[segment + 1] - table.temp[segment];
+    // 64 bits: a hostile table's product does not fit 32.
+    const auto product = static_cast<float>(std::int64_t{static_cast<int>(ad) - low} * rise);
+    const float above = run == 0 ? 0.0F : product / static_cast<float>(run);
+    return {Place::inside, above + static_cast<float>(table.temp[segment])};
+}
+
+/// Looks a count up in the table.
+inline TableTemp findTemp(const TempInfoTab& table, unsigned int ad) {
+    return tempIn(table, findSegment(table, ad), ad);
+}
+
+/// Looks up counts of which neighbours often share a segment: the last one is tried first.
+class TableCursor {
+public:
+    /// `table` must outlive the object.
+    explicit TableCursor(const TempInfoTab& table);
+
+    /// What `findTemp` gives.
+    TableTemp find(unsigned int ad) {
+        // In a rising table the segments before this one end below the count.
+        if (!(m_rises && m_segment >= 0 && ad > m_table.ad[m_segment] &&
+              ad <= m_table.ad[m_segment + 1] && ad >= m_table.minAD && ad <= m_table.maxAD))
+            m_segment = findSegment(m_table, ad);
+        return tempIn(m_table, m_segment, ad);
+    }
+
+private:
+    const TempInfoTab& m_table;
+    bool m_rises;
+    int m_segment = belowSegments;
+};
+
+/// A reading with the status and the temperature of a table's look-up, the rest 0.
+constexpr IrTempStru readingOf(const TableTemp& found) {
+    IrTempStru reading{};
+    if (found.place == Place::inside)
+        setStatus(reading, "OK");
+    else if (found.place == Place::below)
+        setStatus(reading, "L");
+    else
+        setStatus(reading, "H");
+    reading.temp = found.celsius;
+    return reading;
+}
 
 /// Count to reported temperature: status, `ad` (low 16 bits of the argument) and `temp` of the
 /// result, the rest 0.

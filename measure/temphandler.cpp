@@ -2,7 +2,7 @@
 
 #include "../core/fpga.h"
 #include "../core/truncate.h"
-#include "radiometry.h"
+#include "quickreading.h"
 
 #include <cstdio>
 
@@ -19,7 +19,7 @@ IrTempStru noOwner() {
 TempHandler::TempHandler(FPGA* owner)
     : m_biaoDing(false), m_emiss(0.95F), m_dist(5.0F), m_offset(0.0F), m_envTemp(25.0F),
       m_humid(0.6F), m_reflecTemp(25.0F), m_trans(1.0F), m_dewpoint(0.0F), m_fpga(owner),
-      m_tempRangeMin(-20), m_tempRangeMax(150) {
+      m_tempRangeMin(-20), m_tempRangeMax(150), m_terms{} {
     setHumid(m_humid);
 }
 
@@ -56,16 +56,20 @@ irmcore::Model TempHandler::model() const {
             m_trans, m_tempRangeMin, m_tempRangeMax, m_biaoDing};
 }
 
+const irmcore::Terms& TempHandler::terms() {
+    const irmcore::Model now = model();
+    if (!irmcore::sameModel(m_terms.of, now))
+        m_terms = irmcore::termsOf(now);
+    return m_terms;
+}
+
 IrTempStru TempHandler::irAD2Temp(unsigned int ad) {
     if (m_fpga == nullptr)
         return noOwner();
     IRPara& para = m_fpga->getIRPara();
-    const irmcore::Model parameters = model();
-    const irmcore::Observation observation =
-        irmcore::observe(parameters, para.table(), para.readShutterDeltaAD(), ad);
-    // The drift is asked for only when it is needed: it costs a register read.
-    return observation.settled ? observation.reading
-                               : irmcore::conclude(parameters, observation, m_fpga->getDeltaTemp());
+    // The drift costs a register read.
+    return irmcore::quickReading(terms(), para.table(), para.readShutterDeltaAD(), ad,
+                                 [this] { return m_fpga->getDeltaTemp(); });
 }
 
 IrTempStru TempHandler::irTemp2AD(float temp) {

@@ -1,13 +1,10 @@
 #pragma once
 
 #include "calctrans.h"
+#include "model.h"
 #include "reading.h"
 
 class FPGA;
-
-namespace irmcore {
-struct Model;
-}
 
 /// The object temperature model with one set of measurement parameters. The conversions are
 /// `irmcore::objectTemp` and `objectAd`, over the table and the shutter term of the owner. Without
@@ -65,4 +62,7 @@ protected:
 
 private:
     [[gnu::visibility("hidden")]] irmcore::Model model() const;
+    [[gnu::visibility("hidden")]] const irmcore::Terms& terms();
+
+    irmcore::Terms m_terms; ///< of the model that was last used
 };

@@ -106,8 +106,8 @@ TEST(Golden, countToTemperature) {
         model.rangeMin = row.whole("rangeMin");
         model.rangeMax = row.whole("rangeMax");
         const auto ad = static_cast<unsigned>(row.whole("ad"));
-        const IrTempStru reading =
-            irmcore::objectTemp(model, tableOf(row), row["shutterTerm"], row["deltaTemp"], ad);
+        const IrTempStru reading = irmcore::objectTemp(irmcore::termsOf(model), tableOf(row),
+                                                       row["shutterTerm"], row["deltaTemp"], ad);
         compare(reading, row);
         EXPECT_EQ(reading.correctAD, row.whole("correctAD")) << row.line;
         EXPECT_EQ(reading.deltaAD, row.whole("deltaAD")) << row.line;

@@ -11,13 +11,17 @@ std::atomic<long> s_allocations{0};
 
 } // namespace
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#ifdef SANITIZED // by the build: compilers tell it in different ways
 // The sanitizer has a malloc of its own.
 void* operator new(std::size_t size) {
     ++s_allocations;
     if (void* memory = std::malloc(size))
         return memory;
     throw std::bad_alloc();
+}
+void* operator new(std::size_t size, const std::nothrow_t& /*unused*/) noexcept {
+    ++s_allocations;
+    return std::malloc(size);
 }
 void operator delete(void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
@@ -40,6 +44,8 @@ TEST_F(Host, transfersAreASeekAndACallAndTakeNoMemory) {
     _area_val val{};
     Area_Temp temps{};
     std::vector<unsigned short> frame(110592);
+    std::vector<float> temperatures(frame.size());
+    std::vector<unsigned char> statuses(frame.size());
     const TempSetup own[] = {{0.8F, 100, 1.5F, 0}, {0.7F, 10, 0, 0}};
     std::size_t turn = 0;
     /// System calls of one call, and allocations of ten that follow it.
@@ -61,6 +67,16 @@ TEST_F(Host, transfersAreASeekAndACallAndTakeNoMemory) {
     EXPECT_EQ(costs([&] { host->getSpotTemp(1, 1, PARA_SYSTEM, {}, at, out); }), "8 0");
     EXPECT_EQ(costs([&] { host->getLineTemp(1, PARA_SYSTEM, {}, at, out); }), "6 0");
     EXPECT_EQ(costs([&] { host->getAreaTemp(1, area, PARA_SYSTEM, {}, val, temps); }), "28 0");
+    const auto reading = [&](unsigned ad) { out = host->m_sysTempHandler->irAD2Temp(ad); };
+    EXPECT_EQ(costs([&] { reading(33000); }), "2 0");
+    EXPECT_EQ(costs([&] { reading(20000); }), "0 0"); // the table's "L"
+    EXPECT_EQ(costs([&] { reading(60000); }), "0 0"); // "H"
+    EXPECT_EQ(costs([&] {
+                  frame[0] = static_cast<unsigned short>(33000 + ++turn);
+                  host->getFrameTemp(frame.data(), 110592, PARA_CUSTOM, own[turn % 2],
+                                     temperatures.data(), statuses.data());
+              }),
+              "2 0");
     EXPECT_EQ(costs([&] { host->getMinMaxTemp(&out, &other); }), "4 0");
     EXPECT_EQ(costs([&] { host->getAutoMinMaxTemp(&out, &other); }), "16 0");
     EXPECT_EQ(costs([&] { host->calcLevelSpan(LEVELSPAN_AUTO, true); }), "12 0");

@@ -29,11 +29,11 @@ TEST(Model, marksTemperaturesAgainstTheRange) {
 TEST(Model, shiftsABareReadingByOffsetAndDrift) {
     irmcore::Model model{1, 1.5F, 25, 25, 1, -20, 150, false};
     const TempInfoTab tab{0, 0, 0, 1000, 0, 0, 2, 30, {0, 1000}, {20, 30}};
-    EXPECT_NEAR(irmcore::objectTemp(model, tab, 0, 0.25F, 500).temp, 26.25, 1e-5);
+    EXPECT_NEAR(irmcore::objectTemp(irmcore::termsOf(model), tab, 0, 0.25F, 500).temp, 26.25, 1e-5);
     EXPECT_EQ(irmcore::objectAd(model, tab, 0, 27.5F).ad, 605); // the drift plays no part
     model.emiss = 0.1F;
     model.reflecTemp = 300; // the object would have to be colder than 0 K
-    const IrTempStru dark = irmcore::objectTemp(model, tab, -0.9F, 0, 500);
+    const IrTempStru dark = irmcore::objectTemp(irmcore::termsOf(model), tab, -0.9F, 0, 500);
     EXPECT_EQ(joined(text(dark), dark.correctAD), "L -20 500"); // a term below 1 counts as 0
 }
 

@@ -92,7 +92,8 @@ TEST(Table, noTableGivesAReadingThatIsNoNumber) {
             for (const float term : {0.0F, -2135.5F, 1e38F, NAN})
                 for (unsigned ad = 0; ad < 66000; ad += 211) {
                     const irmcore::Model model{0.95F, 0, 25, 25, trans, -20, 150, true};
-                    const IrTempStru reading = irmcore::objectTemp(model, tab, term, 0, ad);
+                    const IrTempStru reading =
+                        irmcore::objectTemp(irmcore::termsOf(model), tab, term, 0, ad);
                     ASSERT_TRUE(std::isfinite(reading.temp + reading.biaoDingTemp)) << ad;
                 }
         for (const float t : {NAN, INFINITY, -INFINITY, 1e38F, -300.0F, 0.0F, 30.0F, 4e3F})
