@@ -128,6 +128,7 @@ private:
     std::uint64_t m_measured = 0; // the stamp that these belong to
     Statistics m_whole;
     Statistics m_shown;
+    std::uint64_t m_peakOf = 0; // the stamp that the peak belongs to
     std::uint16_t m_peak = 0;
     std::vector<std::uint32_t> m_bins;
 

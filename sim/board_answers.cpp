@@ -42,7 +42,6 @@ void Board::refreshStatistics() {
         return;
     m_whole = measure(now, {0, 0, now.width - 1, now.height - 1});
     m_shown = measure(now, shownPart(now));
-    m_peak = histogramPeak(now, m_bins);
     m_measured = m_frameStamp;
 }
 
@@ -71,6 +70,12 @@ void Board::answerStatistics(Window& window) {
     window.put(reg::fpgaGain, static_cast<std::uint64_t>(reg::gainOfSpanOne / span));
     window.put(reg::histogramMax, m_whole.max.ad);
     window.put(reg::histogramMin, m_whole.min.ad);
+    // Counting 65536 values is dear, and few hosts ask.
+    if (!window.covers(reg::histogramPeak.address, 2))
+        return;
+    if (m_peakOf != m_frameStamp)
+        m_peak = histogramPeak(frame(), m_bins);
+    m_peakOf = m_frameStamp;
     window.put(reg::histogramPeak, m_peak);
 }
 

@@ -12,9 +12,11 @@
 #include "shutter.h"
 #include "warmup.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <termios.h>
@@ -62,13 +64,21 @@ struct PortCalls {
 
 /// What goes wrong with a transfer.
 struct Fault {
-    int error;         ///< 0: the transfer is short
-    std::size_t bytes; ///< transferred by a short one
+    int error;            ///< 0: the transfer is short
+    std::size_t bytes;    ///< transferred by a short one
+    bool fromEnd = false; ///< `bytes` are those missing
+
+    /// What it leaves of a transfer of `len` bytes.
+    std::size_t of(std::size_t len) const {
+        return fromEnd ? len - std::min(bytes, len) : std::min(bytes, len);
+    }
 
     /// The call fails with this errno and transfers nothing.
     static Fault refused(int error) { return {error, 0}; }
     /// Only the first `bytes` are transferred.
     static Fault cutTo(std::size_t bytes) { return {0, bytes}; }
+    /// The last `bytes` are not transferred.
+    static Fault cutBy(std::size_t bytes) { return {0, bytes, true}; }
 };
 
 enum class Lasting { once, fromThenOn };
@@ -153,6 +163,13 @@ public:
     Camera& coreLate(double seconds);
     /// The byte at this offset of every answer comes inverted; negative: none.
     Camera& coreGarbled(int offset);
+    /// What answers the host's writes in place of the core, which then hears nothing: called under
+    /// the lock, on the thread that writes. An empty one gives the port back to the core.
+    using CoreStandIn = std::function<std::vector<Reply>(const std::uint8_t* bytes, std::size_t n)>;
+    Camera& coreReplacedBy(CoreStandIn standIn);
+    /// Bytes of no answer come from the core so much later, but never before those sent earlier; on
+    /// the virtual port.
+    Camera& coreSends(std::vector<std::uint8_t> bytes, double seconds);
     /// Switches the core on again, also after it was shut down; it calibrates then.
     Camera& corePowerUp();
     /// Period of automatic shutter, at least 1 s; 60 s at first.
@@ -197,6 +214,13 @@ public:
     Camera& failTransfer(unsigned long n, Fault fault, Lasting lasting = Lasting::once);
     /// Makes the `n`th `lseek` from now fail with `error` and leave the position.
     Camera& failSeek(unsigned long n, int error, Lasting lasting = Lasting::once);
+    /// Makes the `n`th C call of any kind from now go wrong, on the device, on the port, a sleep, a
+    /// file that `open` reads by a name from the working directory while the fault waits, or what a
+    /// program stands in for itself (`irmsim::otherCall`); as `failTransfer`. A short transfer
+    /// spares what it would not cut; if that is the `n`th call the fault is over.
+    Camera& failCall(unsigned long n, Fault fault, Lasting lasting = Lasting::once);
+    /// C calls since the last `failCall`.
+    unsigned long callsMet() const;
     /// Faults that have happened, on device and port.
     unsigned long faults() const;
 
@@ -227,7 +251,10 @@ public:
     long seekCall();
     long readCall(std::uint32_t address, void* buf, std::size_t len);
     long writeCall(std::uint32_t address, const void* buf, std::size_t len);
-    void closeCall() { ++m_calls.close; }
+    long closeCall();
+    /// A call that is none of the others', a transfer of `len` bytes if it is one: 0, or a fault's.
+    long otherCall(std::size_t* len = nullptr) { return meet(len); }
+    bool callFaultWaits() const { return m_callFault.countdown != 0; }
 
     // The port: camera_port.cpp
     struct PortRead {
@@ -243,7 +270,7 @@ public:
     const termios& portAttributesCall() const { return m_port.attributes; }
     void setAttributesCall(int action, const termios& attributes);
     long flushCall(int queue);
-    void closePortCall() { ++m_portCalls.close; }
+    long closePortCall();
     /// For a read or write of a pty: 0 lets `len` bytes through, which a fault may have cut.
     long ptyCall(bool write, std::size_t& len);
     void emptyPtyRead();
@@ -286,6 +313,8 @@ private:
     template <typename Transfer>
     long transferred(std::size_t len, Transfer transfer);
     std::optional<Fault> strike(Pending& pending);
+    /// Counts a call of any kind, of so many bytes if it transfers any: 0, or what it fails with.
+    long meet(std::size_t* len);
     void note(bool write, std::uint32_t address, const void* bytes, std::size_t len, long result);
 
     Scene m_scene;
@@ -301,6 +330,7 @@ private:
     Scenario m_scenario;
 
     DetectorCore m_core;
+    CoreStandIn m_standIn;
     SerialPort m_port;
     bool m_onPty = false;
     std::unique_ptr<PtyPort> m_pty; // while installed; the pointer is changed under the lock
@@ -315,6 +345,9 @@ private:
     Pending m_seekFault;
     Pending m_portFault;
     Pending m_setupFault;
+    Pending m_callFault;
+    bool m_callFaultBegun = false;
+    unsigned long m_callsMet = 0;
     unsigned long m_faults = 0;
     bool m_logging = true;
     std::deque<Transfer> m_log;

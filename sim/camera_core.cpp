@@ -2,6 +2,8 @@
 
 #include "camera.h"
 
+#include <utility>
+
 namespace irmsim {
 
 namespace {
@@ -24,6 +26,14 @@ Camera& Camera::coreLate(double seconds) {
 
 Camera& Camera::coreGarbled(int offset) {
     return with([&] { m_core.faults.garbled = offset; });
+}
+
+Camera& Camera::coreReplacedBy(CoreStandIn standIn) {
+    return with([&] { m_standIn = std::move(standIn); });
+}
+
+Camera& Camera::coreSends(std::vector<std::uint8_t> bytes, double seconds) {
+    return with([&] { m_port.arrive(std::move(bytes), m_clock.now() + timeOf(seconds)); });
 }
 
 Camera& Camera::corePowerUp() {

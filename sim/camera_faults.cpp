@@ -39,6 +39,19 @@ Camera& Camera::failSeek(unsigned long n, int error, Lasting lasting) {
     return with([&] { m_seekFault = {n, Fault::refused(error), lasting}; });
 }
 
+Camera& Camera::failCall(unsigned long n, Fault fault, Lasting lasting) {
+    return with([&] {
+        m_callFault = {n, fault, lasting};
+        m_callFaultBegun = false;
+        m_callsMet = 0;
+    });
+}
+
+unsigned long Camera::callsMet() const {
+    const Hold hold(cameraLock());
+    return m_callsMet;
+}
+
 unsigned long Camera::faults() const {
     const Hold hold(cameraLock());
     return m_faults;
@@ -81,6 +94,8 @@ long Camera::openCall(int flags) {
     m_calls.openFlags = flags;
     if (m_replay)
         return m_replay->open();
+    if (const long error = meet(nullptr); error != 0)
+        return error;
     if (!m_present)
         return -ENOENT;
     return m_plugged ? 0 : -ENODEV;
@@ -90,6 +105,8 @@ long Camera::seekCall() {
     ++m_calls.lseek;
     if (m_replay)
         return m_replay->seek();
+    if (const long error = meet(nullptr); error != 0)
+        return error;
     const auto fault = strike(m_seekFault);
     return fault ? -fault->error : 0;
 }
@@ -97,12 +114,20 @@ long Camera::seekCall() {
 template <typename Transfer>
 long Camera::transferred(std::size_t len, Transfer transfer) {
     catchUp();
+    const long error = meet(&len);
     const auto fault = strike(m_transferFault);
     if (!m_plugged)
         return -ENODEV;
+    if (error != 0)
+        return error;
     if (fault && fault->error != 0)
         return -fault->error;
-    return transfer(fault ? std::min(fault->bytes, len) : len);
+    return transfer(fault ? fault->of(len) : len);
+}
+
+long Camera::closeCall() {
+    ++m_calls.close;
+    return m_replay ? 0 : meet(nullptr);
 }
 
 long Camera::readCall(std::uint32_t address, void* buf, std::size_t len) {
@@ -139,6 +164,24 @@ std::optional<Fault> Camera::strike(Pending& pending) {
         pending.countdown = 1;
     ++m_faults;
     return pending.fault;
+}
+
+long Camera::meet(std::size_t* len) {
+    ++m_callsMet;
+    Pending& pending = m_callFault;
+    if (pending.countdown == 0 || --pending.countdown > 0)
+        return 0;
+    const Fault& fault = pending.fault;
+    const bool strikes = fault.error != 0 || (len != nullptr && fault.of(*len) < *len);
+    m_callFaultBegun = m_callFaultBegun || strikes;
+    if (pending.lasting == Lasting::fromThenOn && m_callFaultBegun)
+        pending.countdown = 1;
+    if (!strikes)
+        return 0;
+    ++m_faults;
+    if (fault.error == 0)
+        *len = fault.of(*len);
+    return -fault.error;
 }
 
 void Camera::note(bool write, std::uint32_t address, const void* bytes, std::size_t len,

@@ -84,6 +84,8 @@ void Camera::clearPortCalls() {
 
 std::vector<Reply> Camera::receive(const std::uint8_t* bytes, std::size_t n) {
     catchUp();
+    if (m_standIn)
+        return m_standIn(bytes, n);
     std::vector<Reply> replies = m_core.receive(bytes, n, m_clock.now());
     catchUp(); // a range, a shutter that closes
     return replies;
@@ -96,6 +98,8 @@ long Camera::openPortCall(int flags) {
         m_port.flushInput(m_clock.now());
         return m_replayPort->open();
     }
+    if (const long error = meet(nullptr); error != 0)
+        return error;
     if (!m_portPresent)
         return -ENOENT;
     if (!m_portPlugged)
@@ -107,13 +111,16 @@ long Camera::openPortCall(int flags) {
 }
 
 long Camera::passPort(Pending& pending, std::size_t* len) {
+    const long error = meet(len);
     const auto fault = strike(pending);
     if (!m_portPlugged)
         return -EIO;
+    if (error != 0)
+        return error;
     if (fault && fault->error != 0)
         return -fault->error;
     if (fault && len != nullptr)
-        *len = std::min(*len, fault->bytes);
+        *len = fault->of(*len);
     return 0;
 }
 
@@ -177,8 +184,11 @@ void Camera::setAttributesCall(int action, const termios& attributes) {
 
 long Camera::flushCall(int queue) {
     ++m_portCalls.flush;
+    const long error = meet(nullptr);
     if (!m_portPlugged)
         return -EIO;
+    if (error != 0)
+        return error;
     if (queue != TCIFLUSH && queue != TCOFLUSH && queue != TCIOFLUSH)
         return -EINVAL;
     if (queue != TCOFLUSH) // what is written has gone out at once
@@ -189,6 +199,11 @@ long Camera::flushCall(int queue) {
 long Camera::ptyCall(bool write, std::size_t& len) {
     ++(write ? m_portCalls.write : m_portCalls.read);
     return passPort(m_portFault, &len);
+}
+
+long Camera::closePortCall() {
+    ++m_portCalls.close;
+    return m_replayPort ? 0 : meet(nullptr);
 }
 
 void Camera::emptyPtyRead() { ++m_portCalls.emptyReads; }

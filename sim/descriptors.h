@@ -42,10 +42,12 @@ extern Next<off64_t(int, off64_t, int)> nextSeek64;
 extern Next<ssize_t(int, void*, std::size_t)> nextRead;
 extern Next<ssize_t(int, const void*, std::size_t)> nextWrite;
 
-/// What a descriptor of ours is; the real ones are only watched.
-enum class Kind { device, virtualPort, pty, realDevice, realPort };
+/// What a descriptor of ours is; the real ones are only watched, and files only fail.
+enum class Kind { device, virtualPort, pty, realDevice, realPort, file };
 inline bool isReal(Kind kind) { return kind == Kind::realDevice || kind == Kind::realPort; }
-inline bool isPort(Kind kind) { return kind != Kind::device && kind != Kind::realDevice; }
+inline bool isPort(Kind kind) {
+    return kind == Kind::virtualPort || kind == Kind::pty || kind == Kind::realPort;
+}
 
 /// One descriptor. `fd` and `kind` are read without the lock, the rest under it.
 struct Slot {

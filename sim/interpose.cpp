@@ -63,7 +63,9 @@ bool answers(const char* path, const char* of) {
 
 Slot* deviceOf(int fd) {
     Slot* slot = slotOf(fd);
-    return slot != nullptr && !isPort(slot->kind) ? slot : nullptr;
+    const bool device =
+        slot != nullptr && (slot->kind == Kind::device || slot->kind == Kind::realDevice);
+    return device ? slot : nullptr;
 }
 
 void forget(Slot& slot, int fd) {
@@ -79,19 +81,21 @@ int asNew(int fd) {
     return fd;
 }
 
-/// Forgets a descriptor that is about to be closed.
-void letGo(Slot& slot, int fd) {
+/// Forgets a descriptor that is about to be closed. 0, or what the close is to fail with: the
+/// descriptor is gone then too, as it is on Linux.
+long letGo(Slot& slot, int fd) {
     const std::lock_guard<std::mutex> hold(lock);
     if (slot.fd.load() != fd)
-        return; // closed by another thread meanwhile
-    if (Camera* camera = cameraOf(slot)) {
-        if (slot.kind == Kind::device)
-            camera->closeCall();
-        else
-            camera->closePortCall();
-    }
-    report(slot, Observation::Call::close, 0);
+        return 0; // closed by another thread meanwhile
+    long result = 0;
+    if (Camera* camera = cameraOf(slot))
+        result = slot.kind == Kind::device ? camera->closeCall()
+                 : isPort(slot.kind)       ? camera->closePortCall()
+                                           : camera->otherCall();
+    if (slot.kind != Kind::file)
+        report(slot, Observation::Call::close, result);
     forget(slot, fd);
+    return result;
 }
 
 bool takesMode(int flags) { return (flags & O_CREAT) != 0 || (flags & O_TMPFILE) == O_TMPFILE; }
@@ -105,6 +109,40 @@ int openPath(const char* path, int flags, OpenNext next) {
         return openPort(flags);
     const int fd = asNew(next());
     return observed() && !anyCamera() ? watchReal(path, fd) : fd;
+}
+
+/// Whether a fault that waits may be for this file: one to read, named from the working directory.
+bool mayFail(const char* path, int flags) {
+    // The camera itself opens its pseudo terminal under the lock: that is none of these.
+    // `open` declares its path never null, and a compiler would believe it.
+    const char* volatile given = path;
+    if (given == nullptr || *path == '/' || (flags & O_ACCMODE) != O_RDONLY)
+        return false;
+    const std::lock_guard<std::mutex> hold(lock);
+    const Camera* camera = installed.load();
+    return camera != nullptr && camera->callFaultWaits();
+}
+
+/// Opens such a file.
+int openFile(const char* path, int flags, mode_t mode) {
+    if (const long error = otherCall(); error != 0)
+        return static_cast<int>(resultOf(error));
+    const int fd = (*nextOpen)(path, flags, mode);
+    const std::lock_guard<std::mutex> hold(lock);
+    if (fd >= 0)
+        keep(fd, Kind::file);
+    return fd;
+}
+
+/// Reads from such a file.
+ssize_t readFile(const Slot& slot, void* buf, std::size_t len) {
+    {
+        const std::lock_guard<std::mutex> hold(lock);
+        Camera* camera = cameraOf(slot);
+        if (const long error = camera == nullptr ? 0 : camera->otherCall(&len); error != 0)
+            return resultOf(error);
+    }
+    return (*nextRead)(slot.fd, buf, len);
 }
 
 std::int64_t seekSlot(Slot& slot, std::int64_t offset, int whence) {
@@ -185,6 +223,12 @@ void withdrawCamera(const Camera& camera) {
         installed.store(nullptr, std::memory_order_release);
 }
 
+long otherCall() {
+    const std::lock_guard<std::mutex> hold(lock);
+    Camera* camera = installed.load();
+    return camera == nullptr ? 0 : camera->otherCall();
+}
+
 bool isInterposed(const Camera& camera) {
     return installed.load(std::memory_order_acquire) == &camera;
 }
@@ -207,6 +251,8 @@ extern "C" {
     va_start(rest, flags);
     const mode_t mode = modeOf(flags, rest);
     va_end(rest);
+    if (irmsim::mayFail(path, flags))
+        return irmsim::openFile(path, flags, mode);
     return irmsim::openPath(path, flags, [=] { return (*irmsim::nextOpen)(path, flags, mode); });
 }
 
@@ -256,8 +302,14 @@ extern "C" {
 
 [[gnu::visibility("default")]] off_t lseek(int fd, off_t offset, int whence) noexcept {
     irmsim::Slot* slot = irmsim::deviceOf(fd);
-    return slot != nullptr ? static_cast<off_t>(irmsim::seekSlot(*slot, offset, whence))
-                           : (*irmsim::nextSeek)(fd, offset, whence);
+    if (slot == nullptr)
+        return (*irmsim::nextSeek)(fd, offset, whence);
+    const std::int64_t position = irmsim::seekSlot(*slot, offset, whence);
+    const auto shown = static_cast<off_t>(position);
+    if (shown == position)
+        return shown;
+    errno = EOVERFLOW; // on the board an off_t has 32 bits; the C library's has moved as well
+    return -1;
 }
 
 [[gnu::visibility("default")]] off64_t lseek64(int fd, off64_t offset, int whence) noexcept {
@@ -272,6 +324,8 @@ extern "C" {
         return (*irmsim::nextRead)(fd, buf, len);
     if (isReal(slot->kind))
         return irmsim::readReal(*slot, buf, len);
+    if (slot->kind == irmsim::Kind::file)
+        return irmsim::readFile(*slot, buf, len);
     return slot->kind == irmsim::Kind::device ? irmsim::readDevice(*slot, buf, len)
                                               : irmsim::readPort(*slot, buf, len);
 }
@@ -285,7 +339,7 @@ extern "C" {
 
 [[gnu::visibility("default")]] ssize_t write(int fd, const void* buf, std::size_t len) {
     irmsim::Slot* slot = irmsim::slotOf(fd);
-    if (slot == nullptr)
+    if (slot == nullptr || slot->kind == irmsim::Kind::file)
         return (*irmsim::nextWrite)(fd, buf, len);
     if (isReal(slot->kind))
         return irmsim::writeReal(*slot, buf, len);
@@ -295,9 +349,10 @@ extern "C" {
 
 [[gnu::visibility("default")]] int close(int fd) {
     // Forgotten before it is closed: at once afterwards the number may be another file's.
-    if (irmsim::Slot* slot = irmsim::slotOf(fd))
-        irmsim::letGo(*slot, fd);
-    return (*irmsim::nextClose)(fd);
+    irmsim::Slot* slot = irmsim::slotOf(fd);
+    const long error = slot == nullptr ? 0 : irmsim::letGo(*slot, fd);
+    const int closed = (*irmsim::nextClose)(fd);
+    return error == 0 ? closed : static_cast<int>(irmsim::resultOf(error));
 }
 
 } // extern "C"

@@ -23,6 +23,11 @@ void withdrawCamera(const Camera& camera);
 /// Whether this camera is the one installed. Thread-safe.
 bool isInterposed(const Camera& camera);
 
+/// For a call of the C library that a program stands in for itself: counts it among the installed
+/// camera's calls. 0, or the negative error number that `Camera::failCall` lets it fail with.
+/// Thread-safe.
+long otherCall();
+
 /// The lock under which the file calls use the camera. Never held while user code runs.
 std::mutex& cameraLock();
 

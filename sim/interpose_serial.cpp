@@ -181,8 +181,9 @@ int terminalCall(int fd, Observation::Call call, Ours ours, NextCall next) {
     return static_cast<int>(told(*slot, call, ours(*slot)));
 }
 
-/// Sleeps on the camera's time. False when there is no camera.
-bool sleepSimulated(Time time) {
+/// Sleeps on the camera's time, or returns the error number of a sleep that is broken off at once.
+/// Nothing when there is no camera.
+std::optional<long> sleepSimulated(Time time) {
     const auto withInstalled = [](auto call) {
         const Hold hold(cameraLock());
         Camera* camera = installedCamera();
@@ -191,14 +192,20 @@ bool sleepSimulated(Time time) {
         return camera != nullptr;
     };
     Time wall{0};
-    if (!withInstalled([&](Camera& camera) { wall = camera.wallTimeOfSleep(time); }))
-        return false;
+    long error = 0;
+    if (!withInstalled([&](Camera& camera) {
+            error = camera.otherCall();
+            wall = camera.wallTimeOfSleep(time);
+        }))
+        return std::nullopt;
+    if (error != 0)
+        return error;
     if (wall > Time(0))
         sleepOnTheWall(wall);
     else
         settle(time);
     withInstalled([&](Camera& camera) { camera.sleepCall(time); });
-    return true;
+    return 0;
 }
 
 } // namespace
@@ -230,9 +237,10 @@ extern "C" {
 }
 
 [[gnu::visibility("default")]] int usleep(useconds_t microseconds) {
-    if (!irmsim::anyCamera() || !irmsim::sleepSimulated(std::chrono::microseconds(microseconds)))
-        return (*irmsim::nextSleep)(microseconds);
-    return 0;
+    const auto slept = irmsim::anyCamera()
+                           ? irmsim::sleepSimulated(std::chrono::microseconds(microseconds))
+                           : std::nullopt;
+    return slept ? static_cast<int>(irmsim::resultOf(*slept)) : (*irmsim::nextSleep)(microseconds);
 }
 
 } // extern "C"
