@@ -10,6 +10,8 @@ target_compile_options(irmcore-flags INTERFACE
   # A fused multiply-add rounds once where the formulas round twice: readings would differ
   # between processors.
   -ffp-contract=off
+  # Nothing asks a square root for errno.
+  -fno-math-errno
   # Messages carry a source file; let it be the same on every machine.
   -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=
   # The devices are reached through plain open, lseek, read and write, which a simulated board

@@ -5,6 +5,7 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 # What building and testing takes on Debian 12.
 build_packages=(g++ cmake ninja-build qt6-base-dev fonts-dejavu-core)
 test_packages=(libgtest-dev python3 help2man pkg-config)
+clang_packages=(clang libclang-rt-14-dev) # for the preset of that name
 
 # Says on standard error how long the script has run.
 took() { echo "$(basename "$0"): ${SECONDS} s" >&2; }

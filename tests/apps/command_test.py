@@ -1,4 +1,5 @@
-"""Runs the command `irmcore` as its users do. Arguments: the program, then a test's name or none."""
+"""Runs the command `irmcore` as its users do. Arguments: the program, then a test's name or none. The
+environment's EMULATOR is the words to start the program with."""
 
 import json
 import os
@@ -10,12 +11,12 @@ import tempfile
 import unittest
 import zlib
 
-PROGRAM = sys.argv.pop(1)
+PROGRAM = [*os.environ.get("EMULATOR", "").split(), sys.argv.pop(1)]
 KEYS = {"what", "x", "y", "ad", "status", "temperature", "truth"}
 
 
 def run(*words):
-    return subprocess.run([PROGRAM, *words], capture_output=True, text=True, timeout=300)
+    return subprocess.run([*PROGRAM, *words], capture_output=True, text=True, timeout=300)
 
 
 def readings(done):
@@ -72,7 +73,7 @@ class Command(unittest.TestCase):
 
     def testResultsThatCannotBeWrittenAreAnError(self):
         for redirection in (">/dev/full", ">&-"):
-            done = subprocess.run(["sh", "-c", f'"$0" demo {redirection}', PROGRAM],
+            done = subprocess.run(["sh", "-c", f'"$@" demo {redirection}', "sh", *PROGRAM],
                                   capture_output=True, text=True, timeout=300)
             self.assertEqual(done.returncode, 2, redirection)
             self.assertIn("irmcore: ", done.stderr)
