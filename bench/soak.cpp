@@ -160,7 +160,11 @@ int soak(const Options& options, std::FILE* out, std::FILE* progress) {
         if (worst > errorBound)
             return failed(hour, irmtest::joined("a reading is off by", worst, "°C"));
         host.camera().clearReceived();
-        last = held();
+        // A remark of the worker on its lock holds a descriptor for a moment.
+        irmtest::wait([&] {
+            last = held();
+            return last.descriptors == base.descriptors && last.threads == base.threads;
+        });
         if (hour <= warmHours) {
             base.heap = last.heap;
             base.resident = last.resident;

@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <sched.h>
 #include <unistd.h>
 
 namespace irmfuzz {
@@ -65,6 +67,16 @@ int freeDescriptor() {
     const int fd = dup(STDIN_FILENO);
     close(fd);
     return fd;
+}
+
+bool nothingLeftOpen(int firstFree) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+    while (freeDescriptor() > firstFree) {
+        if (std::chrono::steady_clock::now() > end)
+            return false;
+        sched_yield();
+    }
+    return true;
 }
 
 } // namespace irmfuzz

@@ -53,6 +53,10 @@ extern bool everyInputTwice;
 /// The lowest free descriptor: it rises when one is leaked.
 int freeDescriptor();
 
+/// Whether the lowest free descriptor is, or soon is again, no higher than it was: where the C library
+/// tells of an error, it holds one for a moment, and the link's worker does so at any time.
+bool nothingLeftOpen(int firstFree);
+
 template <typename Run>
 void check(const std::uint8_t* data, std::size_t size, Run run) {
     static const std::uint64_t once = run(data, size); // what is opened once is open then
@@ -63,7 +67,7 @@ void check(const std::uint8_t* data, std::size_t size, Run run) {
     input.add(data, size);
     if (everyInputTwice || input.value() % 16 == 0)
         require(run(data, size) == first, "the same input gives the same result");
-    require(freeDescriptor() == firstFree, "no descriptor is leaked");
+    require(nothingLeftOpen(firstFree), "no descriptor is leaked");
 }
 
 } // namespace irmfuzz

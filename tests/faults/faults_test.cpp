@@ -253,7 +253,8 @@ TEST_F(Faults, everyCallFailsInEveryOperation) {
     for (const Operation& op : operations()) {
         run(op);
         const Came clean = run(op);
-        const auto atRest = left();
+        // A remark of the worker on its lock holds a descriptor for a moment.
+        const auto atRest = std::min({left(), left(), left()});
         bool reached = true;
         for (unsigned long n = 1; reached; ++n) {
             reached = false;
