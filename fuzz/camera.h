@@ -25,7 +25,8 @@ struct Host : FPGA {
     Host();
 
     using FPGA::m_coreVersionNum, FPGA::m_irPara, FPGA::m_level, FPGA::m_modifyShutterTemp;
-    using FPGA::m_span, FPGA::m_sysTempHandler, FPGA::m_sysTempSetup, FPGA::m_tempInfoTab;
+    using FPGA::m_queryTempHandler, FPGA::m_span, FPGA::m_sysTempHandler, FPGA::m_sysTempSetup,
+        FPGA::m_tempInfoTab;
     using FPGA::m_tempRange;
 
     /// All that operations change, in the object and beside it, but for what is open.

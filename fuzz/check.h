@@ -53,8 +53,8 @@ extern bool everyInputTwice;
 /// The lowest free descriptor: it rises when one is leaked.
 int freeDescriptor();
 
-/// Whether the lowest free descriptor is, or soon is again, no higher than it was: where the C library
-/// tells of an error, it holds one for a moment, and the link's worker does so at any time.
+/// Whether the lowest free descriptor is, or soon is again, no higher than it was: where the C
+/// library tells of an error, it holds one for a moment, and the link's worker does so at any time.
 bool nothingLeftOpen(int firstFree);
 
 template <typename Run>

@@ -1,7 +1,9 @@
 // Readings, their parameters, the table and the temperatures that they depend on.
 #include "operation.h"
 
+#include <array>
 #include <cmath>
+#include <vector>
 
 namespace irmfuzz {
 
@@ -122,6 +124,45 @@ void conversions(Run& run) {
     require(std::strcmp(alone.irAD2Temp(7).status, "NULL") == 0, "without a camera no reading");
 }
 
+/// A frame is what its words are, one by one.
+void frame(Run& run) {
+    Host& host = run.host();
+    constexpr std::array names{"OK", "L", "LE", "HE", "H"};
+    constexpr float untouched = -1234.5F;
+    const auto mode = run.in.takeEnum<ParaMode_t>();
+    const TempSetup parameters = setup(run);
+    const int count = run.in.below(16) == 15 ? -1 : static_cast<int>(run.in.below(9));
+    const std::size_t words = count < 0 ? 0 : static_cast<std::size_t>(count);
+    // On the heap and no larger than needed: overruns are seen.
+    std::vector<std::uint16_t> ad;
+    while (ad.size() < words)
+        ad.push_back(run.in.take<std::uint16_t>());
+    std::vector<float> temp(words, untouched);
+    std::vector<std::uint8_t> status(words, 0xFF);
+    const unsigned missing = run.in.below(8);
+    const int result = host.getFrameTemp(missing == 3 ? nullptr : ad.data(), count, mode,
+                                         parameters, missing == 1 ? nullptr : temp.data(),
+                                         missing == 2 ? nullptr : status.data());
+    run.out.add(result);
+    if (words == 0)
+        return; // a buffer without room may be null
+    require(result == (missing == 3 ? -1 : 0), "a frame is converted when it is there");
+    TempHandler& model = mode == PARA_CUSTOM ? *host.m_queryTempHandler : *host.m_sysTempHandler;
+    for (std::size_t i = 0; i < words; ++i) {
+        const bool told = result == 0 && missing != 1, marked = result == 0 && missing != 2;
+        require(told || temp[i] == untouched, "no temperatures where none are wanted");
+        require(marked || status[i] == 0xFF, "no statuses where none are wanted");
+        if (run.faulty) // or the freeze state may be read differently for each
+            continue;
+        const IrTempStru reading = model.irAD2Temp(ad[i]);
+        require(!told || std::memcmp(&temp[i], &reading.temp, sizeof(float)) == 0,
+                "a frame's temperature is that of its word");
+        require(!marked || (status[i] < names.size() &&
+                            std::strcmp(names[status[i]], reading.status) == 0),
+                "a frame's status is that of its word");
+    }
+}
+
 /// Any table at all, installed by the host.
 void table(Run& run) {
     TempInfoTab tab{};
@@ -227,8 +268,8 @@ void range(Run& run) { // it reads files
 }
 
 constexpr std::array<Operation, 14> all{
-    spot,        lineSpot, areaTemps,        ends,  parameters, parameters, conversions,
-    conversions, table,    tableConversions, drift, drift,      correction, range};
+    spot,  lineSpot, areaTemps,        ends,  parameters, parameters, conversions,
+    frame, table,    tableConversions, drift, drift,      correction, range};
 
 } // namespace
 
