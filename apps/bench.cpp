@@ -7,19 +7,30 @@
 namespace irmcore::app {
 
 Bench::Bench(const irmsim::Scene& scene, const irmsim::Surroundings& surroundings, int range)
-    : m_previousDirectory(QDir::currentPath()) {
-    std::string error;
-    if (!m_directory.isValid()) {
-        m_error = m_directory.errorString();
+    : m_temporary(std::in_place), m_previousDirectory(QDir::currentPath()) {
+    if (!m_temporary->isValid()) {
+        m_error = m_temporary->errorString();
         return;
     }
-    if (!irmsim::writeCameraDirectory(m_directory.path().toLocal8Bit().toStdString(),
+    std::string error;
+    if (!irmsim::writeCameraDirectory(m_temporary->path().toLocal8Bit().toStdString(),
                                       {surroundings, range}, error)) {
         m_error = QString::fromStdString(error);
         return;
     }
-    if (!QDir::setCurrent(m_directory.path())) {
-        m_error = QStringLiteral("cannot enter %1").arg(m_directory.path());
+    start(m_temporary->path(), scene, surroundings, range);
+}
+
+Bench::Bench(const QString& directory, const irmsim::Scene& scene,
+             const irmsim::Surroundings& surroundings, int range)
+    : m_previousDirectory(QDir::currentPath()) {
+    start(directory, scene, surroundings, range);
+}
+
+void Bench::start(const QString& directory, const irmsim::Scene& scene,
+                  const irmsim::Surroundings& surroundings, int range) {
+    if (!QDir::setCurrent(directory)) {
+        m_error = QStringLiteral("cannot enter %1").arg(directory);
         return;
     }
     m_camera.scene(scene).surroundings(surroundings).range(range).logging(false);
