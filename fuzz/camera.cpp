@@ -173,8 +173,9 @@ void Fixture::reset() {
     using irmsim::Fault;
     camera.failTransfer(0, Fault::refused(0)).failSeek(0, 0).plugIn();
     camera.failPortTransfer(0, Fault::refused(0)).failPortSetup(0, 0).plugInPort();
-    static const std::array<std::uint8_t, 0x1800> blank{};
+    static const std::array<std::uint8_t, 0x4000> blank{}; // all that the board keeps
     camera.board().write(0, blank.data(), blank.size());
+    camera.board().restartFrame();
     line.replies.clear();
     line.anyBytes = false;
     std::fill_n(host.link->m_recvBuf, irmcore::frame::bufferBytes, std::uint8_t{0});
