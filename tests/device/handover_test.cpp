@@ -1,6 +1,8 @@
 // Commands between the threads that give them and the worker: none lost, none doubled.
 #include "bench/linkloads.h"
 
+#include <sys/stat.h>
+
 namespace {
 
 using namespace irmtest;
@@ -47,6 +49,38 @@ TEST(HandOver, theFirstCommandArrivesAndAWakeUpSendsItOnceMore) {
         link = nullptr;
         ASSERT_EQ(frames(camera), i % 2 != 0 ? frame + " " + frame : frame);
     }
+}
+
+TEST(HandOver, aWakeUpByTheLocksHolderIsNotLost) {
+    irmsim::Camera camera;
+    camera.install();
+    Link link;
+    link.setVSK(7);
+    ASSERT_TRUE(received(camera, 1));
+    link.m_mutex.lock();
+    EXPECT_EQ(link.signalThread(), 0);
+    link.m_mutex.unlock();
+    EXPECT_TRUE(received(camera, 2));
+}
+
+TEST(HandOver, misuseOfTheLockIsTold) {
+    Mutex mutex;
+    const std::string told = printed(
+        [&mutex] {
+            mutex.lock();
+            std::thread other([&mutex] {
+                struct stat file {};
+                EXPECT_TRUE(
+                    wait([&] { return fstat(STDERR_FILENO, &file) == 0 && file.st_size > 0; }));
+                mutex.unlock();
+            });
+            mutex.lock(); // again
+            mutex.unlock();
+            other.join();
+        },
+        STDERR_FILENO);
+    EXPECT_EQ(told.find("Mutex::lock() deadlock detected: "), 0U);
+    EXPECT_NE(told.find("Wrong thread is unlocking the mutex!!: "), std::string::npos);
 }
 
 } // namespace

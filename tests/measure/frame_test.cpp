@@ -4,10 +4,22 @@
 
 #include <array>
 #include <cmath>
+#include <new>
 
 namespace {
 
 using namespace irmtest;
+
+/// Whether memory that may be refused is refused.
+bool s_noMemory = false;
+
+} // namespace
+
+[[gnu::visibility("default")]] void* operator new(std::size_t n, const std::nothrow_t&) noexcept {
+    return s_noMemory ? nullptr : ::operator new(n);
+}
+
+namespace {
 
 struct Frames : Host {
     Frames() {
@@ -76,6 +88,33 @@ TEST_F(Frames, areTheReadingsOfTheirWordsAfterEveryChange) {
         expectReadings(PARA_CUSTOM, own, what);
     }
     EXPECT_EQ(host->m_deltaTemp, 0.0F);
+}
+
+TEST_F(Frames, areTheSameWithoutMemory) {
+    s_noMemory = true;
+    expectReadings(PARA_CUSTOM, own, "without memory");
+    s_noMemory = false;
+    expectReadings(PARA_CUSTOM, own, "with memory");
+}
+
+TEST_F(Frames, areJudgedBeforeTheyAreRoundedToALimit) {
+    host->setSystemTempSetup({1.0F, 0, 0, 0}); // what is seen is the object
+    const std::tuple<int, int, const char*> cases[] = {{110, 400, "LE 110 OK 110 OK 110"},
+                                                       {-20, 110, "OK 110 OK 110 HE 110"},
+                                                       {112, 400, "L 112 OK 110 LE 110"},
+                                                       {-20, 108, "HE 110 OK 110 H 108"}};
+    const auto reading = [this](float delta) {
+        host->m_deltaTemp = delta;
+        return host->m_sysTempHandler->irAD2Temp(36000);
+    };
+    host->setTempRangeMinMax(-20, 400);
+    const float exact = reading(0).temp - 110.0F;
+    for (const auto& [min, max, expected] : cases) {
+        host->setTempRangeMinMax(min, max);
+        EXPECT_EQ(joined(text(reading(std::nextafter(exact, 1.0F))), text(reading(exact)),
+                         text(reading(std::nextafter(exact, -1.0F)))),
+                  expected);
+    }
 }
 
 TEST_F(Frames, giveWhatIsWantedForOneLookAtTheFreeze) {
