@@ -3,8 +3,8 @@
 # reaches the devices through the plain file calls, which a simulated camera can stand in for, and
 # through no others.
 imports=$("$1" -D --undefined-only "$2" | sed 's/.* //; s/@.*//') || exit 1
-if echo "$imports" | grep -qE '^__(asan|tsan|ubsan)_'; then
-    echo "skipped: a sanitizer brings names of its own"
+if "$1" -D "$2" | grep -qE ' __(asan|tsan|ubsan|gcov)_'; then
+    echo "skipped: sanitizers and coverage bring names of their own"
     exit 77
 fi
 # Weak names are inline functions of headers that an unoptimised build did not inline.

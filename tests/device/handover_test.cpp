@@ -51,18 +51,6 @@ TEST(HandOver, theFirstCommandArrivesAndAWakeUpSendsItOnceMore) {
     }
 }
 
-TEST(HandOver, aWakeUpByTheLocksHolderIsNotLost) {
-    irmsim::Camera camera;
-    camera.install();
-    Link link;
-    link.setVSK(7);
-    ASSERT_TRUE(received(camera, 1));
-    link.m_mutex.lock();
-    EXPECT_EQ(link.signalThread(), 0);
-    link.m_mutex.unlock();
-    EXPECT_TRUE(received(camera, 2));
-}
-
 TEST(HandOver, misuseOfTheLockIsTold) {
     Mutex mutex;
     const std::string told = printed(
