@@ -83,8 +83,8 @@ const Operation operations[] = {
     {"frame of 384", frame<&F::fpga_read_IRAD_384>, 0x3000, {}, "R4000:27648 R4000:27648 R4000:27648 R4000:27648 R4000:27648 R4000:27648 R4000:27648 R4000:27648", "0", "0"},
     {"mode 6", call<&F::fpga_set_image, IMAGE_FUSION>, 0x00, {0xA9}, "R00:1 W00:1=AE", "1"},
     {"mode 13", call<&F::fpga_set_image, static_cast<Image_Mode_t>(13)>, 0x00, {0xF8}, "R00:1 W00:1=FD", "1"},
-    {"ccd inset", call<&F::fpga_set_ccd_pipe_ir_position, 2>, 0x01, {0x9A}, "R01:1 W01:1=AA", "1"},
-    {"ir inset", call<&F::fpga_set_ir_pipe_ccd_position, 1>, 0x01, {0xBA}, "R01:1 W01:1=B9", "1"},
+    {"ccd inset", call<&F::fpga_set_ccd_pipe_ir_position, 2>, 0x01, {0xDA}, "R01:1 W01:1=EA", "1"},
+    {"ir inset", call<&F::fpga_set_ir_pipe_ccd_position, 1>, 0x01, {0xBE}, "R01:1 W01:1=BD", "1"},
     {"inset beyond", call<&F::fpga_set_ccd_pipe_ir_position, -1>, 0x01, {0x00}, "R01:1 W01:1=F0", "1"},
     {"line 1 on", call<&F::fpga_display_line, 1, true>, 0x10, {0xC2}, "R10:1 W10:1=C3", "1"},
     {"line 1 off", call<&F::fpga_display_line, 1, false>, 0x10, {0xC3}, "R10:1 W10:1=C2", "1"},
@@ -137,6 +137,13 @@ const Operation operations[] = {
 // clang-format on
 
 struct Registers : Board {};
+
+TEST_F(Registers, holdTheModesThatHostsWereBuiltWith) {
+    EXPECT_EQ(joined(IMAGE_IR, IMAGE_CCD, IMAGE_CCD_PIPE_IR, IMAGE_IR_PIPE_CCD, IMAGE_CCD_MIX_IR,
+                     IMAGE_IR_MIX_CCD, IMAGE_FUSION, IMAGE_BLANK, POSITION_TOP_LEFT,
+                     POSITION_TOP_RIGHT, POSITION_BOTTOM_LEFT, POSITION_BOTTOM_RIGHT),
+              "0 1 2 3 4 5 6 7 0 1 2 3");
+}
 
 TEST_F(Registers, operationsMakeTheirTransfersAndNoOthers) {
     EXPECT_EQ(camera.calls().open, 1U);

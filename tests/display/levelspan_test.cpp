@@ -50,6 +50,13 @@ TEST_F(Window, isTakenOverByTheFirstCallAlone) {
         EXPECT_EQ(transfersOf([&] { host->calcLevelSpan(static_cast<Mode_t>(mode), true); }), "");
 }
 
+TEST_F(Window, staysWithinTheEndsOfItsRange) {
+    for (const auto& [range, expected] : {std::pair(0, "28672 37599"), {1, "31527 45056"}}) {
+        printed([&, to = range] { host->setSystemAdToTempTab(0, to); });
+        EXPECT_EQ(joined(m_levelSpanMinAD, m_levelSpanMaxAD), expected);
+    }
+}
+
 TEST_F(Window, followsTheSceneWithinTheLimits) {
     const std::tuple<Scene, Mode_t, int, int, unsigned, unsigned, unsigned> cases[] = {
         {{5000, 4000, 4500}, LEVELSPAN_AUTO, 3000, 9000, 4000, 1000, 4194},

@@ -14,6 +14,13 @@ std::string yuv(const _yuv_item& entry) { return joined(+entry.y, +entry.u, +ent
 const _yuv_item* const byName[] = {Iron_TAB, Rainbow_TAB,  Grey_TAB,     Grey_Inverted_TAB,
                                    Spia_TAB, Blue_Red_TAB, Hot_Cold_TAB, Feather_TAB};
 
+TEST(Palettes, haveTheIndicesThatHostsWereBuiltWith) {
+    EXPECT_EQ(joined(COLOR_IRON, COLOR_RAINBOW, COLOR_GREY, COLOR_GREY_INVERTED, COLOR_SPIA,
+                     COLOR_BLUE_RED, COLOR_HOT_COLD, COLOR_FEATHER, COLOR_CUSTOM, color_size,
+                     LEVELSPAN_AUTO, LEVELSPAN_ZFT, LEVELSPAN_HAND),
+              "0 1 2 3 4 5 6 7 8 9 0 1 2");
+}
+
 TEST(Palettes, holdTheirAnchors) {
     constexpr int at[] = {0, 32, 64, 96, 128, 160, 192, 224, 255};
     const char* const anchors[9][9] = {
@@ -191,6 +198,7 @@ TEST_F(Picture, marksTheBandInTheWindow) {
         {0, 1, 0, 0.25F, 0.5F, 4000, 1000, "0 63", "9 9"},
         {2, 2, 0, 0.25F, 0.5F, 4000, 1000, "127 255", "9 9"},
         {1, 1, 0, -0.5F, 2.0F, 4000, 1000, "0 255", "9 9"},
+        {2, 1, 0, -0.5F, 2.0F, 4000, 1000, "255 255", "9 9"},
         {1, 1, 0, NAN, 2.0F, 4000, 1000, "0 255", "9 9"},
         {1, 1, 0, 0.75F, 0.25F, 4000, 1000, "none", "9 9"},
         {1, 2, 0, -1e30F, 1e30F, 4000, 1000, "0 255", "9 9"},
@@ -280,6 +288,9 @@ TEST_F(Picture, takesTheLimitsFromWhereTheyAreSaidToBe) {
 
 TEST(IsothermHandler, tintsWhatIsNotBelowItsBand) {
     ISOHandler handler;
+    std::array<unsigned char, 261 * 4> table{}; // black; a half of red is 40 45 119
+    handler.setIsoPalette(table.data());
+    EXPECT_EQ(joined(+table[0], +table[2], +table[4]), "40 119 0"); // entry 0 alone
     handler.setIsoPosition(200, 100);
     unsigned char entry[] = {125, 128, 128, 7};
     handler.calIsoColor(entry, 99);
