@@ -1,0 +1,48 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+#include <vector>
+
+/// Where things stand in an INI file. This only locates: what a value is has to be asked of
+/// `QSettings`, whose rules of lines, groups, quotes and escapes are followed here.
+namespace irmcore::app::check {
+
+struct IniEntry {
+    QString group; ///< empty at the top level
+    QString key;   ///< unescaped, without the group
+    int line;      ///< from 1 on
+    int lastLine;  ///< the same, but where a quote or a backslash runs on
+
+    /// The key as `QSettings` names it.
+    QString path() const { return group.isEmpty() ? key : group + QLatin1Char('/') + key; }
+};
+
+struct IniGroup {
+    QString name; ///< empty for the top level
+    int line;
+    QString odd; ///< what is wrong with the line; empty when nothing is
+};
+
+struct IniFile {
+    std::vector<IniEntry> entries;
+    std::vector<IniGroup> groups;
+    std::vector<int> unread;     ///< lines without "=" that are neither group nor comment
+    bool byteOrderMark = false;  ///< of UTF-8
+    bool carriageReturn = false; ///< ends a line somewhere
+    bool nul = false;            ///< a byte of 0 stands somewhere
+
+    /// The entry that `QSettings` takes for a path, the last one; null when there is none.
+    const IniEntry* find(const QString& path) const;
+    /// Its line, 0 when there is none.
+    int lineOf(const QString& path) const;
+    /// The line of a group, 0 when there is none.
+    int lineOfGroup(const QString& name) const;
+    /// Whether a value runs over several lines.
+    bool joinsLines() const;
+};
+
+IniFile scanIni(const QByteArray& bytes);
+
+} // namespace irmcore::app::check
