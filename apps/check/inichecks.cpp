@@ -54,7 +54,13 @@ bool Ini::checkFormat() {
                                "ends the line")
                     .arg(entry.line)
                     .arg(entry.lastLine),
-                shown(entry.path()).simplified().left(40));
+                shown(entry.path).simplified().left(40));
+    for (const IniEntry& entry : m_lines.entries)
+        if (entry.slashed)
+            add(entry.line, Severity::warning, "slash-in-key",
+                QStringLiteral("a slash or backslash makes %1 a key of [%2]; the library may not "
+                               "see it")
+                    .arg(entry.key, entry.group));
     checkDuplicates();
     checkKeysAgree();
     return true;
@@ -69,13 +75,13 @@ void Ini::checkDuplicates() {
         groups.insert(group.name);
     }
     for (const IniEntry& entry : m_lines.entries) {
-        const IniEntry* last = m_lines.find(entry.path());
+        const IniEntry* last = m_lines.find(entry.path);
         if (last != &entry)
             add(entry.line, Severity::warning, "duplicate-key",
                 QStringLiteral("%1 stands again in line %2, which wins")
                     .arg(entry.key)
                     .arg(last->line),
-                shown(entry.path()));
+                shown(entry.path));
     }
 }
 
@@ -83,7 +89,7 @@ void Ini::checkDuplicates() {
 void Ini::checkKeysAgree() {
     QSet<QString> scanned;
     for (const IniEntry& entry : m_lines.entries)
-        scanned.insert(entry.path());
+        scanned.insert(entry.path);
     const QStringList keys = m_values->allKeys();
     for (const QString& key : keys)
         if (!scanned.contains(key))

@@ -112,14 +112,14 @@ QString unescaped(const QByteArray& raw) {
 IniGroup groupOf(const QByteArray& text, int line) {
     const auto close = text.indexOf(']');
     const QByteArray name = text.mid(1, close < 0 ? -1 : close - 1).trimmed();
-    IniGroup group{unescaped(name), line, {}};
+    IniGroup group{unescaped(name), line, {}, false};
     if (close < 0)
         group.odd = QStringLiteral("\"]\" is missing");
     else if (!text.mid(close + 1).trimmed().isEmpty())
         group.odd = QStringLiteral("what follows \"]\" is not read");
     const QByteArray lower = name.toLower();
     if (lower == "general")
-        group.name.clear();
+        group = {{}, line, group.odd, true};
     else if (lower == "%general")
         group.name = QString::fromLatin1(name.mid(1));
     return group;
@@ -129,7 +129,7 @@ IniGroup groupOf(const QByteArray& text, int line) {
 
 const IniEntry* IniFile::find(const QString& path) const {
     const auto found = std::find_if(entries.rbegin(), entries.rend(),
-                                    [&](const IniEntry& e) { return e.path() == path; });
+                                    [&](const IniEntry& e) { return e.path == path; });
     return found == entries.rend() ? nullptr : &*found;
 }
 
@@ -157,21 +157,23 @@ IniFile scanIni(const QByteArray& whole) {
     const QByteArray bytes = whole.mid(file.byteOrderMark ? 3 : 0);
     Cutter cutter(bytes);
     LineCounter lines(bytes);
-    QString group;
+    QString prefix; // of the group's keys
     for (Span span; cutter.next(span);) {
         const int line = lines.at(span.begin);
         const QByteArray text = bytes.mid(span.begin, span.end - span.begin);
         if (text.startsWith('[')) {
             file.groups.push_back(groupOf(text, line));
-            group = file.groups.back().name;
+            const IniGroup& group = file.groups.back();
+            prefix = group.topLevel ? QString() : group.name + QLatin1Char('/');
         } else if (span.equals < 0) {
             file.unread.push_back(line);
         } else {
             const QString key = unescaped(text.left(span.equals - span.begin).trimmed());
-            QString path = group.isEmpty() ? key : group + QLatin1Char('/') + key;
+            const QString path = prefix + key;
             const auto slash = path.lastIndexOf(QLatin1Char('/'));
-            file.entries.push_back({slash < 0 ? QString() : path.left(slash), path.mid(slash + 1),
-                                    line, lines.at(span.end)});
+            file.entries.push_back({path, path.left(std::max<qsizetype>(slash, 0)),
+                                    path.mid(slash + 1), line, lines.at(span.end),
+                                    key.contains(QLatin1Char('/'))});
         }
     }
     return file;

@@ -10,19 +10,19 @@
 namespace irmcore::app::check {
 
 struct IniEntry {
-    QString group; ///< empty at the top level
-    QString key;   ///< unescaped, without the group
+    QString path;  ///< as `QSettings` names it: unescaped, with the group
+    QString group; ///< the path before its last slash; empty at the top level
+    QString key;   ///< the path behind it
     int line;      ///< from 1 on
     int lastLine;  ///< the same, but where a quote or a backslash runs on
-
-    /// The key as `QSettings` names it.
-    QString path() const { return group.isEmpty() ? key : group + QLatin1Char('/') + key; }
+    bool slashed;  ///< the key itself names a group
 };
 
 struct IniGroup {
-    QString name; ///< empty for the top level
+    QString name;
     int line;
-    QString odd; ///< what is wrong with the line; empty when nothing is
+    QString odd;   ///< what is wrong with the line; empty when nothing is
+    bool topLevel; ///< [General], which is no group
 };
 
 struct IniFile {

@@ -29,10 +29,10 @@ public:
 
     QStringList run() {
         for (const IniGroup& group : m_ini.lines().groups)
-            if (!group.name.isEmpty() && !m_groups.contains(group.name))
+            if (!group.topLevel && !m_groups.contains(group.name))
                 checkGroup(group);
         for (const IniEntry& entry : m_ini.lines().entries)
-            if (!m_settled.contains(entry.group))
+            if (!m_settled.contains(entry.group) && !entry.slashed)
                 checkKey(entry);
         return m_meant;
     }
@@ -90,7 +90,7 @@ private:
     }
 
     void checkKey(const IniEntry& entry) {
-        if (known(entry.path()) != nullptr ||
+        if (known(entry.path) != nullptr ||
             (!m_tableGroup.isEmpty() && entry.group == m_tableGroup))
             return;
         const QString home = homeOf(entry.key);

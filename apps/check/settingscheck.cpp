@@ -169,12 +169,12 @@ void checkWords(Ini& ini, int storedRange) {
     for (const IniEntry& entry : ini.lines().entries)
         if (const auto match = intTime.match(entry.key);
             match.hasMatch() && entry.group == QLatin1String(settings::calibrationGroup) &&
-            ini.lines().find(entry.path()) == &entry) {
+            ini.lines().find(entry.path) == &entry) {
             const int range = match.captured(1).toInt();
             if (entry.key != QString::fromLatin1(settings::intTime).arg(range) ||
                 (range >= rangeEnd && range != storedRange))
                 continue; // said with the names
-            ini.word(entry.path(),
+            ini.word(entry.path,
                      range == 0 ? settings::defaultIntTimeLow : settings::defaultIntTimeHigh);
         }
 }

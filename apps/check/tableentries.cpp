@@ -54,7 +54,7 @@ Entries sorted(Ini& ini, const Extent& extent) {
     std::vector<Entry> between;
     for (const IniEntry& entry : ini.lines().entries) {
         if (entry.group != QLatin1String(settings::entryGroup) ||
-            ini.lines().find(entry.path()) != &entry)
+            ini.lines().find(entry.path) != &entry)
             continue;
         bool ok = false;
         const int celsius = entry.key.toInt(&ok);
@@ -68,7 +68,7 @@ Entries sorted(Ini& ini, const Extent& extent) {
             between.push_back({celsius, entry.line, true});
         else
             entries.read.push_back(
-                {celsius, entry.line, ini.hexadecimal(entry.path(), "0").has_value()});
+                {celsius, entry.line, ini.hexadecimal(entry.path, "0").has_value()});
     }
     sortByTemperature(entries.read);
     const bool low = noneUnread(ini, below, "entry-outside", "below MinTemp");
