@@ -116,7 +116,7 @@ int report(const QString& directory, bool json, std::FILE* out) {
     }
     const auto& [notes, warnings, errors] = counts;
     if (!json)
-        std::fprintf(out, "%d errors, %d warnings, %d notes\n", errors, warnings, notes);
+        std::fprintf(out, "errors: %d, warnings: %d, notes: %d\n", errors, warnings, notes);
     return errors + warnings == 0 ? exitClean : exitErrors;
 }
 

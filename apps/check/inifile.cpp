@@ -128,9 +128,8 @@ IniGroup groupOf(const QByteArray& text, int line) {
 } // namespace
 
 const IniEntry* IniFile::find(const QString& path) const {
-    const auto found = std::find_if(entries.rbegin(), entries.rend(),
-                                    [&](const IniEntry& e) { return e.path == path; });
-    return found == entries.rend() ? nullptr : &*found;
+    const auto found = last.constFind(path);
+    return found == last.constEnd() ? nullptr : &entries[*found];
 }
 
 int IniFile::lineOf(const QString& path) const {
@@ -171,6 +170,7 @@ IniFile scanIni(const QByteArray& whole) {
             const QString key = unescaped(text.left(span.equals - span.begin).trimmed());
             const QString path = prefix + key;
             const auto slash = path.lastIndexOf(QLatin1Char('/'));
+            file.last.insert(path, file.entries.size());
             file.entries.push_back({path, path.left(std::max<qsizetype>(slash, 0)),
                                     path.mid(slash + 1), line, lines.at(span.end),
                                     key.contains(QLatin1Char('/'))});

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QHash>
 #include <QString>
 
 #include <vector>
@@ -27,6 +28,7 @@ struct IniGroup {
 
 struct IniFile {
     std::vector<IniEntry> entries;
+    QHash<QString, std::size_t> last; ///< of a path, its last entry
     std::vector<IniGroup> groups;
     std::vector<int> unread;     ///< lines without "=" that are neither group nor comment
     bool byteOrderMark = false;  ///< of UTF-8

@@ -28,6 +28,9 @@ public:
     }
 
     QStringList run() {
+        for (const IniEntry& entry : m_ini.lines().entries)
+            if (!homeOf(entry.key).isEmpty())
+                m_housing.insert(entry.group);
         for (const IniGroup& group : m_ini.lines().groups)
             if (!group.topLevel && !m_groups.contains(group.name))
                 checkGroup(group);
@@ -40,7 +43,6 @@ public:
 private:
     void checkGroup(const IniGroup& group) {
         const QString right = nearest(group.name, m_groups);
-        const auto& entries = m_ini.lines().entries;
         if (!right.isEmpty()) {
             m_ini.add(group.line, Severity::error, "misspelt-group",
                       QStringLiteral("[%1] is not read; did you mean [%2]?").arg(group.name, right),
@@ -49,9 +51,7 @@ private:
                 if (key.group == right)
                     m_meant.append(key.path());
             m_settled.insert(group.name);
-        } else if (std::none_of(entries.begin(), entries.end(), [&](const IniEntry& e) {
-                       return e.group == group.name && !homeOf(e.key).isEmpty();
-                   })) {
+        } else if (!m_housing.contains(group.name)) {
             m_ini.add(group.line, Severity::note, "unknown-group",
                       QStringLiteral("[%1] is not read").arg(group.name));
             m_settled.insert(group.name);
@@ -121,6 +121,7 @@ private:
     const std::vector<KnownKey>& m_known;
     QString m_tableGroup;
     QStringList m_groups;
+    QSet<QString> m_housing; // groups with keys that are read, here or elsewhere
     QSet<QString> m_settled; // groups of which everything is said
     QStringList m_meant;
 };

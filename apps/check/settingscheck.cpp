@@ -26,7 +26,7 @@ constexpr Number numbers[] = {
     {"", settings::vskTemp, settings::defaultVskTemp, -anything, anything, -40, 100,
      "°C of the detector"},
     {settings::parameterGroup, settings::envTemp, settings::defaultEnvTemp, -273.15, anything, -49,
-     50, "°C of the air; its vapour is that of -49 to 49 °C"},
+     50, "°C of the air"},
     {settings::parameterGroup, settings::reflecTemp, settings::defaultReflecTemp, -273.15, anything,
      -100, 1000, "°C"},
 };
@@ -97,11 +97,19 @@ void outOfRange(Ini& ini, const QString& path, const char* rule, const QString& 
             taken);
 }
 
-void unlikely(Ini& ini, const QString& path, const char* rule) {
+void unlikely(Ini& ini, const QString& path, const char* rule, const QString& taken = {}) {
     ini.add(ini.lines().lineOf(path), Severity::warning, "unlikely",
             QStringLiteral("%1: '%2' is hardly %3")
                 .arg(path.mid(path.lastIndexOf(QLatin1Char('/')) + 1),
-                     ini.values()->value(path).toString(), QString::fromUtf8(rule)));
+                     ini.values()->value(path).toString(), QString::fromUtf8(rule)),
+            taken);
+}
+
+/// Air beyond the table of vapour pressures has that of its end.
+QString takenUnlikely(const QLatin1String& key, double value) {
+    return key == QLatin1String(settings::envTemp)
+               ? QStringLiteral("%1, with the vapour of %2 °C").arg(value).arg(value > 0 ? 49 : -49)
+               : QString();
 }
 
 void checkNumbers(Ini& ini) {
@@ -113,7 +121,7 @@ void checkNumbers(Ini& ini) {
         if (*value < n.low || *value > n.high)
             outOfRange(ini, path, n.rule, QString::number(*value));
         else if (*value < n.likelyLow || *value > n.likelyHigh)
-            unlikely(ini, path, n.rule);
+            unlikely(ini, path, n.rule, takenUnlikely(QLatin1String(n.key), *value));
     }
 }
 

@@ -113,8 +113,8 @@ void checkCount(Ini& ini, const Extent& extent, Entries& entries) {
         entries.complete = false;
     };
     if (extent.count > there) {
-        report("count-too-high",
-               QStringLiteral("%1 more entries of count 0 at 0 °C").arg(extent.count - there));
+        report("count-too-high", QStringLiteral("a table with %1 of count 0 at 0 °C at its end")
+                                     .arg(extent.count - there));
     } else if (extent.count < there) {
         entries.read.resize(static_cast<std::size_t>(extent.count));
         report("count-too-low",

@@ -91,7 +91,7 @@ FAULTS = [
     (put(S, "Distan=5", "Distan=5 m"), (S, 13, E, "not-a-number", "0")),
     (put(S, "Distan=5", "Distan=-5"), (S, 13, E, "out-of-range", "5" + REFUSED)),
     (put(S, "Offset=0", "Offset=200"), (S, 14, E, "out-of-range", "0" + REFUSED)),
-    (put(S, "Env=25", "Env=298.15"), (S, 15, W, "unlikely", None)),
+    (put(S, "Env=25", "Env=298.15"), (S, 15, W, "unlikely", "298.15, with the vapour of 49 °C")),
     (put(S, "Humid=0.6", "Humid=60"), (S, 16, E, "humidity-in-percent", "6000 %")),
     (put(S, "Humid=0.6", "Humid=0"), (S, 16, E, "out-of-range", "0 %")),
     (put(S, "Reflec=25", "Reflec=-300"), (S, 17, E, "out-of-range", "-300")),
@@ -142,8 +142,9 @@ FAULTS = [
     (lambda top: ((top / T).unlink(), os.mkfifo(top / T)), (T, None, E, "not-a-file", "a table without entries"),
      (T, None, W, "fallback-taken", DEFAULT)),
     (lambda top: ((top / T).unlink(), (top / T).symlink_to("nowhere")), (T, None, W, "fallback-taken", DEFAULT)),
-    (add_file("Parameter/Modify_Temp_3", "Averg_20=1\n"), *((f"Parameter/Modify_1_Temp_3", None, W, "fallback-taken", M),
-     ("Parameter/Modify_Temp_3", None, W, "range-never-selected", None)),
+    (add_file("Parameter/Modify_Temp_3", "Averg_20=1\n"),
+     *(("Parameter/Modify_1_Temp_3", None, W, "fallback-taken", M),
+       ("Parameter/Modify_Temp_3", None, W, "range-never-selected", None)),
      *((f"etc/calc_len{n}_temp3.conf", None, E, "missing-table", NO_TABLE) for n in (0, 1))),
     (remove(M1), (M1, None, W, "fallback-taken", M)),
     (lambda top: [shutil.copy(top / file, top / copy) for file, copy in LENS_7],
@@ -155,31 +156,31 @@ FAULTS = [
     (put(T, "100=0xA42E", "100=428680"), (T, 24, E, "more-than-16-bits", "0x8680")),
     (put(T, "100=0xA42E", "100=0x742E"), (T, 24, E, "table-not-rising", "the first segment that holds a count")),
     (put(T, "100=0xA42E", "100=0xA4E2"), (T, 24, W, "entry-off-curve", None)),
-    (put(T, "\n100=0xA42E", ""), (T, 7, E, "count-too-high", "1 more entries of count 0 at 0 °C"),
+    (put(T, "\n100=0xA42E", ""), (T, 7, E, "count-too-high", "a table with 1 of count 0 at 0 °C at its end"),
      (T, 24, W, "missing-entry", "a straight line across")),
     (put(T, "TempNum=23", "TempNum=20"), (T, 7, E, "count-too-low", "the entries up to 150 °C")),
     (put(T, "TempNum=23", "TempNum=70"), (T, 7, E, "out-of-range", "60"),
-     (T, 7, E, "count-too-high", "37 more entries of count 0 at 0 °C")),
+     (T, 7, E, "count-too-high", "a table with 37 of count 0 at 0 °C at its end")),
     (put(T, "TempNum=23", "Tempnum=23"), (T, 7, E, "misspelt-key", "0")),
     (put(T, "TempNum=23\n", ""), (T, 1, E, "missing-key", "0")),
-    (put(T, "MinTemp=-40", "MinTemp=-20"), (T, 7, E, "count-too-high", "2 more entries of count 0 at 0 °C"),
+    (put(T, "MinTemp=-40", "MinTemp=-20"), (T, 7, E, "count-too-high", "a table with 2 of count 0 at 0 °C at its end"),
      (T, 10, E, "entry-outside", None)),
     (put(T, "MinTemp=-40\nMaxTemp=180", "MinTemp=180\nMaxTemp=-40"),
      (T, 5, E, "limits-swapped", "a table without entries")),
     (put(T, "MaxAD=0xFFFF", "MaxAD=0xA42E"), (T, 2, W, "limit-cuts-table", "a table that ends above 100.0 °C")),
     (put(T, "MaxAD=0xFFFF\nMinAD=0", "MaxAD=0\nMinAD=0xFFFF"),
      (T, 3, E, "limits-swapped", "no count that can be converted")),
-    (put(T, "\n100=", "\n100.0="), (T, 7, E, "count-too-high", "1 more entries of count 0 at 0 °C"),
+    (put(T, "\n100=", "\n100.0="), (T, 7, E, "count-too-high", "a table with 1 of count 0 at 0 °C at its end"),
      (T, 24, W, "never-read", "nothing; write 100"), (T, 25, W, "missing-entry", "a straight line across")),
     (put(T, "[Temp2AD]", "[Temp2Ad]"), (T, None, W, "fallback-taken", DEFAULT),
      (T, 9, E, "misspelt-group", "a file without [Temp2AD]")),
     (put(T, "MaxTemp=180\nTempNum=23", "MaxTemp=140\nTempNum=19"), (T, 29, E, "entry-outside", None)),
-    (put(T, "MinTemp=-40", "MinTemp=-35"), (T, 7, E, "count-too-high", "23 more entries of count 0 at 0 °C"),
+    (put(T, "MinTemp=-40", "MinTemp=-35"), (T, 7, E, "count-too-high", "a table with 23 of count 0 at 0 °C at its end"),
      (T, 10, E, "entry-outside", "nothing"), (T, 11, E, "entry-off-step", "nothing")),
     (put(T, "MinTemp=-40", "MinTemp=-40000"), (T, 5, E, "out-of-range", "the entries that 16 bits hold")),
     (put(T, "MaxAD=0xFFFF", "MaxAD=0xFFFG"), (T, 2, E, "not-hexadecimal", "0x0000")),
     (put(T, "BaseTemp=30", "BaseTemp=30,5"), (T, 4, E, "comma", "0")),
-    (put(T, "-40=", "-50="), (T, 7, E, "count-too-high", "1 more entries of count 0 at 0 °C"),
+    (put(T, "-40=", "-50="), (T, 7, E, "count-too-high", "a table with 1 of count 0 at 0 °C at its end"),
      (T, 10, E, "entry-outside", "nothing"), (T, 11, W, "missing-entry", "a table from -30 °C on")),
     (entries(DEFAULT, lambda t: None, "-40 180 23"), (DEFAULT, 9, E, "too-few-entries", NO_TABLE)),
     # Modify files.
@@ -225,7 +226,7 @@ class Check(unittest.TestCase):
 
     def testAGoodDirectoryIsCleanAndEveryFaultIsNamed(self):
         done = self.check(str(self.good))
-        self.assertEqual((done.returncode, done.stdout, done.stderr), (0, "0 errors, 0 warnings, 0 notes\n", ""))
+        self.assertEqual((done.returncode, done.stdout, done.stderr), (0, "errors: 0, warnings: 0, notes: 0\n", ""))
         for number, (edit, *expected) in enumerate(FAULTS):
             with self.subTest(number):
                 top = self.place / f"fault{number}"
