@@ -104,6 +104,16 @@ void takeFile(const QString& path, int storedRange, CameraFiles& files, Findings
         reportStray(path, right, findings);
 }
 
+void reportFolder(const QString& name, Findings& findings) {
+    QString what = QFileInfo::exists(name) ? QStringLiteral("this is no folder")
+                                           : QStringLiteral("there is no such folder");
+    for (const QString& other : QDir().entryList(QDir::Dirs | QDir::NoDotAndDotDot))
+        if (nearest(other, {name}) == name)
+            what += QStringLiteral("; is '%1' meant to be it?").arg(other);
+    findings.push_back({name, 0, Severity::error, "missing-folder", what,
+                        QStringLiteral("a folder without files")});
+}
+
 } // namespace
 
 QString tablePath(int lens, int range) { return formatted(settings::tableFile, lens, range); }
@@ -144,10 +154,7 @@ CameraFiles listFiles(int storedRange, Findings& findings) {
     for (const char* folder : {"Parameter", "etc"}) {
         const QString name = QString::fromLatin1(folder);
         if (!QFileInfo(name).isDir()) {
-            findings.push_back({name, 0, Severity::error, "missing-folder",
-                                QFileInfo::exists(name) ? QStringLiteral("this is no folder")
-                                                        : QStringLiteral("there is no such folder"),
-                                QStringLiteral("a folder without files")});
+            reportFolder(name, findings);
             continue;
         }
         const QStringList names = QDir(name).entryList(

@@ -69,6 +69,14 @@ const char* nameOf(Severity severity) {
     return "error";
 }
 
+/// On one line, whatever a file's values hold.
+QString oneLine(QString text) {
+    for (QChar& c : text)
+        if (!c.isPrint())
+            c = QLatin1Char(' ');
+    return text;
+}
+
 void printLine(std::FILE* to, const Finding& finding) {
     QString text = finding.file;
     if (finding.line > 0)
@@ -77,7 +85,7 @@ void printLine(std::FILE* to, const Finding& finding) {
         QStringLiteral(": %1: %2").arg(QLatin1String(nameOf(finding.severity)), finding.message);
     if (!finding.taken.isEmpty())
         text += QStringLiteral("; taken as %1").arg(finding.taken);
-    std::fprintf(to, "%s [%s]\n", text.toUtf8().constData(), finding.code);
+    std::fprintf(to, "%s [%s]\n", oneLine(text).toUtf8().constData(), finding.code);
 }
 
 void printJson(std::FILE* to, const Finding& finding) {

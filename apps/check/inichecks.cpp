@@ -16,6 +16,9 @@ QByteArray bytesOf(const QString& path) {
 
 constexpr int wordMax = 0xFFFF;
 
+/// The key without its group.
+QString nameIn(const QString& path) { return path.mid(path.lastIndexOf(QLatin1Char('/')) + 1); }
+
 } // namespace
 
 Ini::Ini(const QString& path, Findings& findings)
@@ -48,12 +51,13 @@ bool Ini::checkFormat() {
             add(group.line, Severity::warning, "group-line", group.odd,
                 QStringLiteral("[%1]").arg(group.name));
     for (const IniEntry& entry : m_lines.entries)
-        if (entry.lastLine > entry.line)
+        if (runsOn(entry))
             add(entry.line, Severity::error, "joined-lines",
-                QStringLiteral("lines %1 to %2 are one value: a quote stays open, or a backslash "
-                               "ends the line")
-                    .arg(entry.line)
-                    .arg(entry.lastLine),
+                entry.open ? QStringLiteral("a quote stays open: all from here on is one value")
+                           : QStringLiteral("lines %1 to %2 are one value: a quote goes over them, "
+                                            "or a backslash ends the line")
+                                 .arg(entry.line)
+                                 .arg(entry.lastLine),
                 shown(entry.path).simplified().left(40));
     for (const IniEntry& entry : m_lines.entries)
         if (entry.slashed)
@@ -99,7 +103,7 @@ void Ini::checkKeysAgree() {
 
 bool Ini::examinable(const QString& key) const {
     const IniEntry* entry = m_lines.find(key);
-    return entry != nullptr && entry->line == entry->lastLine;
+    return entry != nullptr && !runsOn(*entry);
 }
 
 bool Ini::isList(const QString& key) {
@@ -115,7 +119,7 @@ QString Ini::shown(const QString& key) {
 void Ini::reportUnreadable(const QString& key, const char* code, const QString& what,
                            const QString& taken) {
     const QString text = shown(key);
-    const QString name = key.mid(key.lastIndexOf(QLatin1Char('/')) + 1);
+    const QString name = nameIn(key);
     if (isList(key))
         add(m_lines.lineOf(key), Severity::error, "comma",
             QStringLiteral("%1: '%2' has a comma, which makes a list of it; decimals take a point")
@@ -128,9 +132,7 @@ void Ini::reportUnreadable(const QString& key, const char* code, const QString& 
 
 void Ini::tooLarge(const QString& key, const QString& taken) {
     add(m_lines.lineOf(key), Severity::error, "more-than-16-bits",
-        QStringLiteral("%1: '%2' has more than 16 bits")
-            .arg(key.mid(key.lastIndexOf(QLatin1Char('/')) + 1), shown(key)),
-        taken);
+        QStringLiteral("%1: '%2' has more than 16 bits").arg(nameIn(key), shown(key)), taken);
 }
 
 std::optional<double> Ini::number(const QString& key, double fallback) {
@@ -151,18 +153,28 @@ std::optional<int> Ini::whole(const QString& key, int fallback) {
     bool ok = false;
     m_values->value(key).toInt(&ok);
     const int taken = m_values.integer(key, fallback);
-    if (ok)
+    const qlonglong wide = m_values->value(key).toLongLong();
+    if (ok && wide == taken)
         return taken;
-    reportUnreadable(key, "not-a-number", QStringLiteral("no whole number"),
-                     QString::number(taken));
+    if (ok)
+        add(m_lines.lineOf(key), Severity::error, "out-of-range",
+            QStringLiteral("%1: '%2' has more than 32 bits").arg(nameIn(key), shown(key)),
+            QString::number(taken));
+    else
+        reportUnreadable(key, "not-a-number", QStringLiteral("no whole number"),
+                         QString::number(taken));
     return std::nullopt;
 }
 
 std::optional<int> Ini::word(const QString& key, int fallback) {
-    const std::optional<int> value = whole(key, fallback);
-    if (!value || (*value >= 0 && *value <= wordMax))
-        return value;
-    tooLarge(key, QString::number(static_cast<unsigned>(*value) & 0xFFFFU));
+    if (!examinable(key))
+        return std::nullopt;
+    bool ok = false;
+    const qlonglong wide = m_values->value(key).toLongLong(&ok);
+    if (!ok || (wide >= 0 && wide <= wordMax))
+        return whole(key, fallback);
+    const auto taken = static_cast<unsigned>(m_values.integer(key, fallback)) & 0xFFFFU;
+    tooLarge(key, QString::number(taken));
     return std::nullopt;
 }
 

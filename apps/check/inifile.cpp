@@ -13,14 +13,16 @@ bool isSpace(char c) { return isBreak(c) || c == ' ' || c == '\t'; }
 struct Span {
     int begin = 0;
     int end = 0;
-    int equals = -1; ///< the first "=" outside quotes, in the file; -1 without
+    int equals = -1;   ///< the first "=" outside quotes, in the file; -1 without
+    bool open = false; ///< a quote is never closed
 };
 
 /// Cuts a file into logical lines: a quote or a backslash carries a line on, a semicolon ends it
 /// and begins a comment.
 class Cutter {
 public:
-    explicit Cutter(const QByteArray& bytes) : m_bytes(bytes), m_size(int(bytes.size())) {}
+    explicit Cutter(const QByteArray& bytes)
+        : m_bytes(bytes), m_size(static_cast<int>(bytes.size())) {}
 
     /// The next line; false at the end.
     bool next(Span& span) {
@@ -29,7 +31,7 @@ public:
             skip([](char c) { return !isBreak(c); });
             skip([](char c) { return isSpace(c); });
         }
-        span = {m_at, m_at, -1};
+        span = {m_at, m_at, -1, false};
         bool quoted = false;
         for (; m_at < m_size; ++m_at) {
             const char c = m_bytes[m_at];
@@ -44,6 +46,7 @@ public:
         }
         m_at = std::min(m_at, m_size);
         span.end = m_at;
+        span.open = quoted;
         return span.end > span.begin;
     }
 
@@ -143,10 +146,7 @@ int IniFile::lineOfGroup(const QString& name) const {
     return found == groups.end() ? 0 : found->line;
 }
 
-bool IniFile::joinsLines() const {
-    return std::any_of(entries.begin(), entries.end(),
-                       [](const IniEntry& e) { return e.lastLine > e.line; });
-}
+bool IniFile::joinsLines() const { return std::any_of(entries.begin(), entries.end(), runsOn); }
 
 IniFile scanIni(const QByteArray& whole) {
     IniFile file;
@@ -171,8 +171,8 @@ IniFile scanIni(const QByteArray& whole) {
             const QString path = prefix + key;
             const auto slash = path.lastIndexOf(QLatin1Char('/'));
             file.last.insert(path, file.entries.size());
-            file.entries.push_back({path, path.left(std::max<qsizetype>(slash, 0)),
-                                    path.mid(slash + 1), line, lines.at(span.end),
+            file.entries.push_back({path, slash < 0 ? QString() : path.left(slash),
+                                    path.mid(slash + 1), line, lines.at(span.end - 1), span.open,
                                     key.contains(QLatin1Char('/'))});
         }
     }

@@ -16,8 +16,12 @@ struct IniEntry {
     QString key;   ///< the path behind it
     int line;      ///< from 1 on
     int lastLine;  ///< the same, but where a quote or a backslash runs on
+    bool open;     ///< its last quote is never closed
     bool slashed;  ///< the key itself names a group
 };
+
+/// Whether what follows an entry became part of its value.
+inline bool runsOn(const IniEntry& entry) { return entry.open || entry.lastLine > entry.line; }
 
 struct IniGroup {
     QString name;

@@ -167,12 +167,15 @@ private:
 } // namespace
 
 std::optional<Table> checkTable(FPGA& host, const QString& path, int range, Findings& findings) {
-    if (stateOf(path, "a table without entries", findings) != FileState::file)
+    const bool last = path.endsWith(QLatin1String("_default.conf"));
+    if (stateOf(path,
+                last ? "a table without entries" : "a file without keys: the fallback is next",
+                findings) != FileState::file)
         return std::nullopt;
     Ini ini(path, findings);
     if (!ini.checkFormat())
         return std::nullopt;
-    if (!path.endsWith(QLatin1String("_default.conf")) && !hasEntries(path)) {
+    if (!last && !hasEntries(path)) {
         checkTableKeys(ini);
         return std::nullopt; // that the fallback is taken, the pair says
     }

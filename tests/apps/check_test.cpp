@@ -1,6 +1,7 @@
 // What `irmcore check` builds on: where QSettings reads a key from, the name that was meant, the
 // count that stands out.
 #include "apps/check/curve.h"
+#include "apps/check/inichecks.h"
 #include "apps/check/inifile.h"
 #include "apps/check/names.h"
 
@@ -81,7 +82,8 @@ TEST(Check, linesAreThoseOfQSettings) {
         {"a=1\n\n[G]\nb=2\n ; c=3\n\td = 4 \n", "a:1 G/b:4 G/d:6"},
         {"a=1;b=2\nc=3 ; d=4\n;e=5\\\nf=6\n", "a:1 c:2 f:4"},
         {"a=\"x\ny=1\"\nb=2\n", "a:1-2 b:3"},
-        {"a=\"x\nb=1\nc=2\n", "a:1-4"},
+        {"a=\"x\nb=1\nc=2\n", "a:1-3"},
+        {"a=x\\\n", "a:1"},
         {"a=x\\\nb=1\nc=2\n", "a:1-2 c:3"},
         {"a=\"x\\\"\"\nb=1\n", "a:1 b:2"},
         {"\"a=1\"=2\nb=3\n", "\"a=1\":1 b:2"},
@@ -132,6 +134,55 @@ TEST(Check, whateverTheTextScannerAndQSettingsAgree) {
         for (auto n = random() % 24; n > 0; --n)
             text += pieces[random() % std::size(pieces)];
         expectAgreement(place, text);
+    }
+}
+
+/// What is said of a value: nothing and the value, or the code and what is taken instead.
+template <typename Value>
+std::string said(const std::optional<Value>& value, Findings& findings) {
+    std::string text = value ? QString::number(*value).toStdString() : "";
+    for (const Finding& finding : findings)
+        text += std::string(finding.code) + ' ' + finding.taken.toStdString();
+    findings.clear();
+    return text;
+}
+
+TEST(Check, valuesAreWhatTheLibraryTakes) {
+    struct Case {
+        const char* text;
+        const char* number;
+        const char* word;
+        const char* hexadecimal;
+    };
+    const Case cases[] = {
+        {"12", "12", "12", "18"},
+        {" \"12\" ; twelve", "12", "12", "18"},
+        {"-1", "-1", "more-than-16-bits 65535", "more-than-16-bits 0xFFFF"},
+        {"1.5", "1.5", "not-a-number 0", "not-hexadecimal 0x0000"},
+        {"1,5", "comma 0", "comma 0", "comma 0x0000"},
+        {"1e1", "10", "not-a-number 0", "481"},
+        {"0x10", "not-a-number 0", "not-a-number 0", "16"},
+        {"FFFF", "not-a-number 0", "not-a-number 0", "65535"},
+        {"65536", "65536", "more-than-16-bits 0", "more-than-16-bits 0x5536"},
+        {"99999999999", "1e+11", "more-than-16-bits 59391", "more-than-16-bits 0x0000"},
+        {"nan", "not-a-number 0", "not-a-number 0", "not-hexadecimal 0x0000"},
+        {"inf", "inf", "not-a-number 0", "not-hexadecimal 0x0000"},
+        {"", "not-a-number 0", "not-a-number 0", "not-hexadecimal 0x0000"},
+        {"twelve", "not-a-number 0", "not-a-number 0", "not-hexadecimal 0x0000"},
+        {"12 m", "not-a-number 0", "not-a-number 0", "not-hexadecimal 0x0000"},
+        {"@Invalid()", "not-a-number 0", "not-a-number 0", "not-hexadecimal 0x0000"},
+        {"\\x31\\x32", "12", "12", "18"},
+        {"12\\", "", "", ""}, // the next line is part of it
+    };
+    Place place;
+    for (const Case& c : cases) {
+        Findings findings;
+        const QString key = QStringLiteral("G/k");
+        Ini ini(place.write(QByteArray("[G]\nk=") + c.text + "\nl=1\n"), findings);
+        EXPECT_EQ(said(ini.number(key, 7), findings), c.number) << c.text;
+        EXPECT_EQ(said(ini.word(key, 7), findings), c.word) << c.text;
+        EXPECT_EQ(said(ini.hexadecimal(key, "7"), findings), c.hexadecimal) << c.text;
+        EXPECT_EQ(said(ini.number(QStringLiteral("G/none"), 7), findings), "");
     }
 }
 

@@ -20,6 +20,7 @@ T = "etc/calc_len0_temp0.conf"  # -40 °C in line 10, 180 °C in line 32
 H = "etc/calc_len0_temp1.conf"  # -20 °C in line 10, 420 °C in line 54
 DEFAULT = "etc/calc_len0_temp0_default.conf"
 NO_TABLE = 'a table without entries: readings "L"'
+FALLBACK = "a file without keys: the fallback is next"
 REFUSED = "; emissivity, distance and offset of the file are all refused"
 
 
@@ -119,6 +120,7 @@ FAULTS = [
     (put(S, "Offset=0", "Offset=0\n# my own"), (S, 15, W, "line-not-read", None)),
     (put(S, "[GlobalPara]", "[GlobalPara"), (S, 11, W, "group-line", "[GlobalPara]")),
     (put(S, "Reflec=25", 'Reflec="25'), (S, 17, E, "joined-lines", "25")),
+    (add(S, 'Humid="\n\033[0m'), (S, 16, W, "duplicate-key", '\n\033[0m'), (S, 18, E, "joined-lines", None)),
     (put(S, "Humid=0.6\nReflec=25\n", "Humid=0.6 \\\nReflec=25\n"),
      (S, 16, E, "joined-lines", "0.6 Reflec=25")),
     (whole(S, lambda old: b"\xef\xbb\xbf" + old), (S, 1, N, "byte-order-mark", None)),
@@ -139,7 +141,7 @@ FAULTS = [
      ("etc/calc_lens0_temp0.conf", None, W, "stray-file", None)),
     (add_file("etc/calc_len0_temp0.conf.bak"), ("etc/calc_len0_temp0.conf.bak", None, N, "stray-file", None)),
     (add_file("Parameter/Modify_0_Temp_1"), ("Parameter/Modify_0_Temp_1", None, N, "stray-file", None)),
-    (lambda top: ((top / T).unlink(), os.mkfifo(top / T)), (T, None, E, "not-a-file", "a table without entries"),
+    (lambda top: ((top / T).unlink(), os.mkfifo(top / T)), (T, None, E, "not-a-file", FALLBACK),
      (T, None, W, "fallback-taken", DEFAULT)),
     (lambda top: ((top / T).unlink(), (top / T).symlink_to("nowhere")), (T, None, W, "fallback-taken", DEFAULT)),
     (add_file("Parameter/Modify_Temp_3", "Averg_20=1\n"),
@@ -175,9 +177,11 @@ FAULTS = [
     (put(T, "[Temp2AD]", "[Temp2Ad]"), (T, None, W, "fallback-taken", DEFAULT),
      (T, 9, E, "misspelt-group", "a file without [Temp2AD]")),
     (put(T, "MaxTemp=180\nTempNum=23", "MaxTemp=140\nTempNum=19"), (T, 29, E, "entry-outside", None)),
-    (put(T, "MinTemp=-40", "MinTemp=-35"), (T, 7, E, "count-too-high", "a table with 23 of count 0 at 0 °C at its end"),
+    (put(T, "MinTemp=-40", "MinTemp=-35"),
+     (T, 7, E, "count-too-high", "a table with 23 of count 0 at 0 °C at its end"),
      (T, 10, E, "entry-outside", "nothing"), (T, 11, E, "entry-off-step", "nothing")),
     (put(T, "MinTemp=-40", "MinTemp=-40000"), (T, 5, E, "out-of-range", "the entries that 16 bits hold")),
+    (put(T, "TempNum=23", "TempNum=4294967319"), (T, 7, E, "out-of-range", "23")),
     (put(T, "MaxAD=0xFFFF", "MaxAD=0xFFFG"), (T, 2, E, "not-hexadecimal", "0x0000")),
     (put(T, "BaseTemp=30", "BaseTemp=30,5"), (T, 4, E, "comma", "0")),
     (put(T, "-40=", "-50="), (T, 7, E, "count-too-high", "a table with 1 of count 0 at 0 °C at its end"),
@@ -253,6 +257,9 @@ class Check(unittest.TestCase):
             self.assertEqual(done.returncode, code, words)
             if code:
                 self.assertRegex(done.stderr, r"\Airmcore: [^\n]+\n\Z")
+        (self.good / "etc").rename(self.good / "Etc")
+        self.assertIn("/good/etc: error: there is no such folder; is 'Etc' meant to be it?",
+                      self.check(str(self.good)).stdout)
         empty = self.place / "empty"
         empty.mkdir()
         codes = [line.rsplit("[")[-1] for line in self.check(str(empty)).stdout.splitlines()]
