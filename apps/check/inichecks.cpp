@@ -89,7 +89,7 @@ void Ini::checkDuplicates() {
     }
 }
 
-/// The scan above follows QSettings; should it ever fail to, that has to be seen.
+/// The scanner follows QSettings; should it ever fail to, that has to be seen.
 void Ini::checkKeysAgree() {
     QSet<QString> scanned;
     for (const IniEntry& entry : m_lines.entries)
