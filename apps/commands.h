@@ -12,6 +12,7 @@ enum ExitCode : int {
     exitUsage = 3,
 };
 
+int runCheck(const QStringList& words);
 int runDemo(const QStringList& words);
 int runRecord(const QStringList& words);
 int runReplay(const QStringList& words);
