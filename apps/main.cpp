@@ -23,6 +23,8 @@ struct Command {
 constexpr std::array commands{
     Command{"check", "say what is wrong with the files of a camera", app::runCheck},
     Command{"demo", "measure a scene on the simulated camera", app::runDemo},
+    Command{"explain", "take one reading apart, and say what small errors do to it",
+            app::runExplain},
     Command{"palettes", "write a sheet of all palettes as PNG", app::runPalettes},
     Command{"record", "run a program and record what the camera does", app::runRecord},
     Command{"replay", "run a program on a recorded camera", app::runReplay},

@@ -1,0 +1,165 @@
+#include "apps/explain/opened.h"
+
+#include "measure/literal.h"
+#include "measure/radiometry.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <map>
+#include <random>
+#include <string>
+
+namespace {
+
+namespace app = irmcore::app;
+using irmcore::Breakdown;
+using irmcore::Model;
+
+bool sameBits(const IrTempStru& a, const IrTempStru& b) {
+    return std::memcmp(&a, &b, sizeof a) == 0;
+}
+
+/// The reading that a breakdown's parts add up to, in the order that its header states.
+IrTempStru sumOf(const Breakdown& b, const TempInfoTab& table, const Model& model) {
+    IrTempStru sum{};
+    const unsigned corrected = b.ad + static_cast<unsigned>(b.shift);
+    sum.ad = static_cast<std::uint16_t>(b.ad);
+    sum.correctAD = static_cast<std::uint16_t>(corrected);
+    sum.deltaAD = static_cast<std::uint16_t>(b.shift);
+    const auto end = [&sum](const char* status, float temp) {
+        std::strcpy(sum.status, status);
+        sum.temp = temp;
+        return sum;
+    };
+    if (b.segment < 0)
+        return b.segment == irmcore::belowSegments ? end("L", -4001.0F) : end("H", 4001.0F);
+    const int i = b.segment;
+    const int run = table.ad[i + 1] - table.ad[i];
+    const auto product = static_cast<float>((std::int64_t{corrected} - table.ad[i]) *
+                                            (table.temp[i + 1] - table.temp[i]));
+    const float t = (run == 0 ? 0.0F : product / static_cast<float>(run)) + table.temp[i];
+    const double body = std::pow(static_cast<double>(t) + 273.15, 4.0);
+    const auto radicand = static_cast<float>(0.95 * body + 0.05 * std::pow(298.15, 4.0));
+    const auto seen = static_cast<float>(std::pow(static_cast<double>(radicand), 0.25) - 273.15);
+    EXPECT_EQ(t, b.table.celsius);
+    EXPECT_EQ(seen, b.seen);
+    const double power = (b.observed - b.reflected) - b.air;
+    if (power < 0.0)
+        return end("L", static_cast<float>(model.rangeMin));
+    const double v = std::pow(power, 0.25) - 273.15 + static_cast<double>(b.offset) -
+                     static_cast<double>(b.deltaTemp);
+    const double low = model.rangeMin;
+    const double high = model.rangeMax;
+    const auto temp = static_cast<float>(v);
+    if (std::isnan(v) || v < low - 2.0)
+        return end("L", static_cast<float>(low));
+    if (v > high + 2.0)
+        return end("H", static_cast<float>(high));
+    const bool edge = v != low - 2.0 && v != high + 2.0;
+    return end(edge && v < low ? "LE" : edge && v > high ? "HE" : "OK", temp);
+}
+
+class Cases {
+public:
+    double between(double low, double high) {
+        return low + (high - low) * (static_cast<double>(m_engine()) / 4294967296.0);
+    }
+    int whole(int low, int high) { return static_cast<int>(std::floor(between(low, high + 1.0))); }
+    float single(double low, double high) { return static_cast<float>(between(low, high)); }
+    bool oneIn(int n) { return whole(1, n) == 1; }
+
+    TempInfoTab table() {
+        TempInfoTab table{};
+        table.tempNum = static_cast<std::uint16_t>(oneIn(50) ? whole(0, 100) : whole(2, 60));
+        table.minAD = static_cast<std::uint16_t>(oneIn(4) ? whole(0, 32000) : 0);
+        table.maxAD = static_cast<std::uint16_t>(oneIn(4) ? whole(34000, 65535) : 65535);
+        const bool hostile = oneIn(10); // neither rising nor even
+        int ad = whole(10000, 28000);
+        int temp = whole(-8, 0) * 10;
+        for (int i = 0; i < 60; ++i) {
+            table.ad[i] = static_cast<std::uint16_t>(hostile ? whole(0, 65535) : ad);
+            table.temp[i] = static_cast<std::int16_t>(hostile ? whole(-32768, 32767) : temp);
+            ad = std::min(65535, ad + whole(0, 1400));
+            temp += 10;
+        }
+        return table;
+    }
+
+    Model model() {
+        Model model{};
+        model.emiss = oneIn(10) ? single(0.001, 0.1) : single(0.3, 1.0);
+        model.offset = oneIn(2) ? 0.0F : single(-100, 100);
+        model.envTemp = single(-40, 50);
+        model.reflecTemp = single(-40, 100);
+        model.trans = oneIn(20) ? static_cast<float>(whole(0, 1)) : single(0.2, 1.0);
+        model.rangeMin = oneIn(2) ? -20 : 0;
+        model.rangeMax = model.rangeMin == 0 ? 400 : 150;
+        return model;
+    }
+
+private:
+    std::mt19937 m_engine{1};
+};
+
+TEST(Explain, thePartsAddUpToTheReadingBitByBit) {
+    Cases cases;
+    std::map<std::string, int> met;
+    for (int n = 0; n < 100000; ++n) {
+        const TempInfoTab table = cases.table();
+        Model model = cases.model();
+        const float shutter = cases.single(-40000, 5000) * (cases.oneIn(20) ? 1.0F : 0.02F);
+        const float delta = cases.oneIn(2) ? 0.0F : cases.single(-20, 20);
+        const auto ad = static_cast<unsigned>(cases.whole(0, 65535));
+        const Breakdown b = irmcore::breakDown(model, table, shutter, delta, ad);
+        if (cases.oneIn(3) && b.celsius > -300.0 && b.celsius < 3000.0) {
+            // Limits close by, so that all statuses are met.
+            const int near = static_cast<int>(b.celsius) + cases.whole(-4, 4);
+            (cases.oneIn(2) ? model.rangeMin : model.rangeMax) = near;
+        }
+        const Breakdown moved = irmcore::breakDown(model, table, shutter, delta, ad);
+        const IrTempStru reading =
+            irmcore::objectTemp(irmcore::termsOf(model), table, shutter, delta, ad);
+        ASSERT_TRUE(sameBits(moved.reading, reading)) << n;
+        ASSERT_TRUE(sameBits(sumOf(moved, table, model), reading))
+            << n << ": " << reading.status << ' ' << reading.temp;
+        ASSERT_EQ(moved.shift, static_cast<int>(shutter));
+        ++met[reading.status];
+        met["wrapped"] += moved.corrected > 65535U;
+        met["no power"] += moved.power < 0.0;
+    }
+    for (const char* what : {"OK", "L", "LE", "HE", "H", "wrapped", "no power"})
+        EXPECT_GT(met[what], 100) << what;
+}
+
+TEST(Explain, isTheFacadesReadingInAnyState) {
+    app::CameraChoice choice;
+    for (const int range : {0, 1})
+        for (const int lens : {0, 1}) {
+            choice.range = range;
+            choice.lens = lens;
+            choice.shutter = 31.0 + 9 * lens;
+            choice.sensor = 33.5;
+            app::OpenedCamera camera(choice);
+            ASSERT_EQ(camera.error(), QString());
+            app::Parameters parameters = camera.parameters();
+            parameters.setup.emiss = 0.7F;
+            parameters.setup.dist = 70.9F;
+            parameters.humid = 0.8F;
+            parameters.reflecTemp = 40.0F;
+            const app::Basis basis = camera.basis();
+            TempHandler handler(&camera.host());
+            ASSERT_TRUE(app::load(handler, parameters));
+            handler.setTempRangeMinMax(basis.limits.min, basis.limits.max);
+            for (unsigned ad = 0; ad < 65536; ad += 61)
+                ASSERT_TRUE(
+                    sameBits(app::breakDown(basis, parameters, ad).reading, handler.irAD2Temp(ad)))
+                    << ad;
+            EXPECT_EQ(app::airOf(parameters).trans, handler.getTrans());
+            EXPECT_EQ(app::airOf(parameters).water * app::airOf(parameters).carbonDioxide,
+                      handler.getTrans());
+        }
+}
+
+} // namespace
