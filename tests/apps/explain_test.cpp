@@ -55,10 +55,11 @@ IrTempStru sumOf(const Breakdown& b, const TempInfoTab& table, const Model& mode
     const auto temp = static_cast<float>(v);
     if (std::isnan(v) || v < low - 2.0)
         return end("L", static_cast<float>(low));
+    if (v < low && v != low - 2.0)
+        return end("LE", temp);
     if (v > high + 2.0)
         return end("H", static_cast<float>(high));
-    const bool edge = v != low - 2.0 && v != high + 2.0;
-    return end(edge && v < low ? "LE" : edge && v > high ? "HE" : "OK", temp);
+    return end(v > high && v != high + 2.0 ? "HE" : "OK", temp);
 }
 
 class Cases {
@@ -160,6 +161,36 @@ TEST(Explain, isTheFacadesReadingInAnyState) {
             EXPECT_EQ(app::airOf(parameters).water * app::airOf(parameters).carbonDioxide,
                       handler.getTrans());
         }
+}
+
+TEST(Explain, errorsHaveTheEffectsOfAnIndependentCalculation) {
+    // A table of two entries: -20 °C at 28672, 400 °C at 45056.
+    const app::Basis basis{IRPara().getADToTempTab(), 0.0F, 0.5F, {0, 400}};
+    const app::Parameters parameters{{0.8F, 100.0F, 1.0F, 0}, 0.5F, 20.0F, 30.0F};
+    const auto effects = [&](app::Parameters moved, unsigned ad,
+                             const std::array<double, app::sources>& errors) {
+        return app::uncertaintyOf(basis, moved, ad, errors);
+    };
+    const std::array<double, app::sources> errors{0.02, 1.0, 0.1, 2.0, 2.0, 0.1, 0.2, 2.0};
+    EXPECT_NEAR(app::breakDown(basis, parameters, 0x9000).celsius, 209.52001, 2e-4);
+    const app::Uncertainty whole = effects(parameters, 0x9000, errors);
+    const std::array<double, app::sources> expected{2.543515, 0.023315, 0.305471, 0.167036,
+                                                    0.124269, 0.1,      0.2,      0.055165};
+    for (std::size_t i = 0; i < app::sources; ++i)
+        EXPECT_NEAR(whole.effects[i], expected[i], 5e-5) << app::sourceInfos[i].name;
+    EXPECT_NEAR(whole.combined, 2.580641, 1e-4);
+
+    // Where there is nothing to one side, and parts of a count.
+    app::Parameters edge = parameters;
+    edge.setup.emiss = 1.0F;
+    EXPECT_NEAR(effects(edge, 0x9000, errors).effects[0], 1.895683, 5e-5);
+    edge = parameters;
+    edge.setup.dist = 0.0F;
+    EXPECT_NEAR(effects(edge, 0x9000, errors).effects[1], 0.022934, 5e-5);
+    EXPECT_NEAR(effects(parameters, 0xB000, errors).effects[7], 0.054113, 5e-5);
+    const app::Uncertainty noise = effects(parameters, 0x9000, {0, 0, 0, 0, 0, 0, 0, 0.5});
+    EXPECT_NEAR(noise.combined, 0.013791, 2e-5);
+    EXPECT_TRUE(std::isnan(effects(parameters, 0xB001, errors).combined)); // outside the table
 }
 
 } // namespace
