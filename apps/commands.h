@@ -14,6 +14,7 @@ enum ExitCode : int {
 
 int runCheck(const QStringList& words);
 int runDemo(const QStringList& words);
+int runDiff(const QStringList& words);
 int runExplain(const QStringList& words);
 int runRecord(const QStringList& words);
 int runReplay(const QStringList& words);

@@ -23,6 +23,7 @@ struct Command {
 constexpr std::array commands{
     Command{"check", "say what is wrong with the files of a camera", app::runCheck},
     Command{"demo", "measure a scene on the simulated camera", app::runDemo},
+    Command{"diff", "compare two cameras' directories, in °C", app::runDiff},
     Command{"explain", "take one reading apart, and say what small errors do to it",
             app::runExplain},
     Command{"palettes", "write a sheet of all palettes as PNG", app::runPalettes},

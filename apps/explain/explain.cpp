@@ -1,5 +1,4 @@
-#include "../commands.h"
-#include "../results.h"
+#include "deliver.h"
 #include "explainplan.h"
 #include "explainreport.h"
 
@@ -58,17 +57,7 @@ int runExplain(const QStringList& words) {
     const std::optional<ExplainPlan> plan = parseExplain(words, exitCode);
     if (!plan)
         return exitCode;
-    const Results results(plan->verbose);
-    if (results.stream() == nullptr) {
-        complain(QStringLiteral("standard output cannot be kept"));
-        return exitErrors;
-    }
-    exitCode = tell(*plan, results.stream());
-    if (!results.delivered()) {
-        complain(QStringLiteral("the results could not be written"));
-        return exitErrors;
-    }
-    return exitCode;
+    return deliver(plan->verbose, [&plan](std::FILE* out) { return tell(*plan, out); });
 }
 
 } // namespace irmcore::app

@@ -6,6 +6,18 @@ namespace settings = irmcore::settings;
 
 namespace irmcore::app {
 
+Parameters readParameters(FPGA& host) {
+    const settings::File file(settings::file);
+    const auto number = [&file](const char* key, double fallback) {
+        return file.number(QString::fromLatin1(settings::parameterGroup) + QLatin1Char('/') +
+                               QLatin1String(key),
+                           fallback);
+    };
+    return {host.getSystemTempSetup(), number(settings::humid, settings::defaultHumid),
+            number(settings::envTemp, settings::defaultEnvTemp),
+            number(settings::reflecTemp, settings::defaultReflecTemp)};
+}
+
 OpenedCamera::OpenedCamera(const CameraChoice& choice) : m_lens(choice.lens) {
     const irmsim::Scene scene = irmsim::Scene::uniform(160, 120, 25.0);
     if (choice.directory.isEmpty())
@@ -29,18 +41,6 @@ OpenedCamera::OpenedCamera(const CameraChoice& choice) : m_lens(choice.lens) {
                       .arg(choice.directory)
                       .arg(m_lens)
                       .arg(m_range);
-}
-
-Parameters OpenedCamera::parameters() {
-    const settings::File file(settings::file);
-    const auto number = [&file](const char* key, double fallback) {
-        return file.number(QString::fromLatin1(settings::parameterGroup) + QLatin1Char('/') +
-                               QLatin1String(key),
-                           fallback);
-    };
-    return {host().getSystemTempSetup(), number(settings::humid, settings::defaultHumid),
-            number(settings::envTemp, settings::defaultEnvTemp),
-            number(settings::reflecTemp, settings::defaultReflecTemp)};
 }
 
 Basis OpenedCamera::basis() {

@@ -18,6 +18,9 @@ struct CameraChoice {
     std::optional<double> sensor;  ///< °C; the same
 };
 
+/// The parameters that the library took from its working directory.
+Parameters readParameters(FPGA& host);
+
 /// The library in a camera directory, as it would stand in that camera after a shutter calibration:
 /// table read and brought to the inside temperature, shutter term, parameters. The directory is the
 /// working directory meanwhile; nothing is written to it.
@@ -30,8 +33,7 @@ public:
     FPGA& host() { return m_bench->host(); }
     int range() const { return m_range; }
     int lens() const { return m_lens; }
-    /// The parameters that the library took from the directory.
-    Parameters parameters();
+    Parameters parameters() { return readParameters(host()); }
     /// Table and shutter term in force, no drift.
     Basis basis();
 
