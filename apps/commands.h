@@ -19,6 +19,7 @@ int runExplain(const QStringList& words);
 int runRecord(const QStringList& words);
 int runReplay(const QStringList& words);
 int runPalettes(const QStringList& words);
+int runPlot(const QStringList& words);
 int runSim(const QStringList& words);
 int runTrace(const QStringList& words);
 

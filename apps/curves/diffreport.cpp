@@ -21,6 +21,9 @@ QString nameOf(const SettingName& name) {
     return *name.group == '\0' ? key : QString::fromLatin1(name.group) + QLatin1Char('/') + key;
 }
 
+/// A setting as a file has it: the library keeps singles, whose further digits are not the file's.
+double asWritten(double setting) { return QString::number(setting, 'g', 6).toDouble(); }
+
 /// Six decimals, or nothing.
 QByteArray field(double value) {
     return std::isnan(value) ? QByteArray() : QByteArray::number(value, 'f', 6);
@@ -37,6 +40,10 @@ void printTables(std::FILE* to, const std::vector<TableDifference>& tables) {
                          t.first    ? "only the first has it"
                          : t.second ? "only the second has it"
                                     : "neither has one that can be read");
+            continue;
+        }
+        if (t.largest == 0.0 && t.onlyFirst + t.onlySecond == 0) {
+            std::fputs("the same\n", to);
             continue;
         }
         std::fprintf(to, "%9.3f %7u %10.3f %10.3f %9.3f", t.largest, t.at, t.firstThere,
@@ -126,8 +133,8 @@ void printComparisonJson(std::FILE* to, const Comparison& comparison) {
         printLine(to, {{QStringLiteral("kind"), QStringLiteral("parameter")},
                        {QStringLiteral("name"), nameOf(*s.name)},
                        {QStringLiteral("unit"), QString::fromUtf8(s.name->unit)},
-                       {QStringLiteral("first"), s.first},
-                       {QStringLiteral("second"), s.second},
+                       {QStringLiteral("first"), asWritten(s.first)},
+                       {QStringLiteral("second"), asWritten(s.second)},
                        {QStringLiteral("largest"), number(s.largest)},
                        {QStringLiteral("at"), number(s.at)}});
 }

@@ -48,4 +48,15 @@ Basis OpenedCamera::basis() {
     return {para.table(), para.readShutterDeltaAD(), 0.0F, limitsOfRange(m_range)};
 }
 
+TempInfoTab OpenedCamera::stored() {
+    host().setSystemAdToTempTab(host().getLenIndex(), m_range);
+    return host().getTempInfoTab();
+}
+
+TempInfoTab OpenedCamera::warmedTo(double inside) {
+    m_bench->camera().temperatures(inside, inside);
+    host().updateShutterTemp(true);
+    return host().getTempInfoTab();
+}
+
 } // namespace irmcore::app

@@ -37,6 +37,11 @@ public:
     /// Table and shutter term in force, no drift.
     Basis basis();
 
+    /// The table as stored, for the reference inside temperature.
+    TempInfoTab stored();
+    /// The table that a shutter update installs at an inside temperature in °C.
+    TempInfoTab warmedTo(double inside);
+
 private:
     std::optional<Bench> m_bench;
     int m_range = 0;
