@@ -15,6 +15,11 @@
 #include <QSvgGenerator>
 #include <QValueAxis>
 
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <iterator>
+
 // Qt 5 keeps them in a namespace, Qt 6 does not.
 #if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
 QT_CHARTS_USE_NAMESPACE
@@ -27,6 +32,11 @@ namespace {
 constexpr QSize size(960, 600); // pixels of 1/96 inch
 constexpr int titleHeight = 20;
 constexpr int fontHeight = 15;
+constexpr int lineWidth = 2;
+
+/// Colours that those who see few colours tell apart, too.
+constexpr std::array<QRgb, 7> colours{0xFF0072B2, 0xFFD55E00, 0xFF009E73, 0xFFCC79A7,
+                                      0xFF000000, 0xFF56B4E9, 0xFFE69F00};
 
 /// An axis of `title` over round numbers; the chart's.
 QValueAxis* addAxis(QChart& chart, const QString& title, Qt::Alignment side) {
@@ -38,17 +48,40 @@ QValueAxis* addAxis(QChart& chart, const QString& title, Qt::Alignment side) {
     return axis;
 }
 
-/// Ends the axis at round numbers. Qt takes its own digits for labels; these are enough of them.
-void round(QValueAxis& axis) {
-    // A curve that is level still needs a scale.
-    if (axis.max() - axis.min() < 1e-6)
-        axis.setRange(axis.min() - 0.1, axis.max() + 0.1);
+/// Lays the axis over finite `values`, to round numbers.
+void span(QValueAxis& axis, const std::vector<double>& values) {
+    constexpr int ticks = 9;
+    if (values.empty())
+        return;
+    const auto [least, most] = std::minmax_element(values.begin(), values.end());
+    // What is level still needs a scale.
+    const double room = *most - *least < 1e-6 ? 0.1 : 0.0;
+    axis.setRange(*least - room, *most + room);
+    axis.setTickCount(ticks);
     axis.applyNiceNumbers();
-    const double step = (axis.max() - axis.min()) / (axis.tickCount() - 1);
     int decimals = 0;
-    for (double part = step; decimals < 6 && part < 1.0 - 1e-9; part *= 10.0)
+    for (double step = (axis.max() - axis.min()) / (axis.tickCount() - 1);
+         decimals < 6 && std::abs(step - std::round(step)) > 1e-6; step *= 10.0)
         ++decimals;
     axis.setLabelFormat(QStringLiteral("%.%1f").arg(decimals));
+}
+
+/// All finite values that one of the two axes has to show.
+std::vector<double> valuesOf(const Diagram& diagram, bool right) {
+    std::vector<double> all;
+    for (const Curve& curve : diagram.curves)
+        if (curve.right == right)
+            std::copy_if(curve.values.begin(), curve.values.end(), std::back_inserter(all),
+                         [](double value) { return std::isfinite(value); });
+    return all;
+}
+
+QPen penOf(const Diagram& diagram, const Curve& curve) {
+    const auto index = static_cast<std::size_t>(&curve - diagram.curves.data());
+    QPen pen{QColor{colours[index % colours.size()]}, lineWidth};
+    if (curve.right)
+        pen.setStyle(Qt::DashLine);
+    return pen;
 }
 
 /// The chart of a diagram; the scene's that it is put into.
@@ -69,16 +102,18 @@ QChart* makeChart(const Diagram& diagram) {
     for (const Curve& curve : diagram.curves) {
         auto* series = new QLineSeries;
         series->setName(curve.name);
+        series->setPen(penOf(diagram, curve));
         for (std::size_t i = 0; i < diagram.x.size(); ++i)
-            series->append(diagram.x[i], curve.values[i]);
+            if (std::isfinite(curve.values[i]))
+                series->append(diagram.x[i], curve.values[i]);
         chart->addSeries(series);
         series->attachAxis(below);
         series->attachAxis(curve.right && right != nullptr ? right : left);
     }
-    round(*below);
-    round(*left);
+    span(*below, diagram.x);
+    span(*left, valuesOf(diagram, false));
     if (right != nullptr)
-        round(*right);
+        span(*right, valuesOf(diagram, true));
     return chart;
 }
 

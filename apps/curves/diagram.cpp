@@ -5,7 +5,9 @@
 
 #include <QStringList>
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 
 namespace irmcore::app {
 
@@ -46,12 +48,13 @@ Diagram tableDiagram(OpenedCamera& camera) {
 /// Counts per degree over the measuring range, and degrees per count.
 Diagram slopeDiagram(OpenedCamera& camera) {
     const Basis basis = camera.basis();
-    Diagram diagram{titleOf("Counts per degree", camera),
-                    text("reported temperature / °C"),
-                    text("slope / (AD/°C)"),
-                    text("resolution / (°C/AD)"),
-                    {},
-                    {{text("counts per degree"), {}}, {text("degrees per count"), {}, true}}};
+    Diagram diagram{
+        titleOf("Counts per degree", camera),
+        text("reported temperature / °C"),
+        text("slope / (AD/°C)"),
+        text("resolution / (°C/AD)"),
+        {},
+        {{text("counts per degree"), {}}, {text("degrees per count (right)"), {}, true}}};
     for (int celsius = basis.limits.min; celsius <= basis.limits.max; ++celsius) {
         const auto middle = static_cast<float>(celsius);
         const auto slope = static_cast<double>(tableDeltaAd(basis.table, middle + 0.5F) -
@@ -93,7 +96,7 @@ Diagram modifyDiagram(OpenedCamera& camera) {
                     text("modify factor"),
                     text("correction of the shutter temperature / °C"),
                     {},
-                    {{text("factor"), {}}, {text("correction"), {}, true}}};
+                    {{text("factor"), {}}, {text("correction (right)"), {}, true}}};
     for (int k = 0; k < modifyEntries; ++k) {
         const auto inside = static_cast<float>(modifyTemp(k));
         diagram.x.push_back(modifyTemp(k));
@@ -151,7 +154,10 @@ void printCsv(std::FILE* to, const Diagram& diagram) {
     for (std::size_t i = 0; i < diagram.x.size(); ++i) {
         std::fprintf(to, "%.9g", diagram.x[i]);
         for (const Curve& curve : diagram.curves)
-            std::fprintf(to, ",%.9g", curve.values[i]);
+            std::fprintf(to, ",%s",
+                         std::isfinite(curve.values[i])
+                             ? QByteArray::number(curve.values[i], 'g', 9).constData()
+                             : "");
         std::fputc('\n', to);
     }
 }

@@ -12,8 +12,8 @@ namespace irmcore::app {
 /// One curve over the common abscissa of a diagram.
 struct Curve {
     QString name;
-    std::vector<double> values;
-    bool right = false; ///< belongs to the right axis
+    std::vector<double> values; ///< not finite where there is none
+    bool right = false;         ///< belongs to the right axis
 };
 
 /// What there is to draw or to print. Titles name the quantity and its unit.
@@ -34,7 +34,7 @@ struct DiagramKind {
 };
 const std::vector<DiagramKind>& diagramKinds();
 
-/// A line of names, then a line for each abscissa.
+/// A line of names, then a line for each abscissa; empty fields where a curve has no value.
 void printCsv(std::FILE* to, const Diagram& diagram);
 
 } // namespace irmcore::app

@@ -96,9 +96,10 @@ void printObject(std::FILE* to, const Explanation& told) {
 void printReading(std::FILE* to, const Explanation& told) {
     const Breakdown& b = told.parts;
     const Air& air = told.air;
-    celsius(to, "reading", "%.4f", static_cast<double>(b.reading.temp),
-            QString::asprintf("\"%s\": the range is %d to %d °C, its edges 2 °C more",
-                              b.reading.status, told.basis.limits.min, told.basis.limits.max));
+    celsius(
+        to, "reading", "%.4f", static_cast<double>(b.reading.temp),
+        QString::asprintf("\"%s\": the range is %d to %d °C, \"LE\" and \"HE\" up to 2 °C outside",
+                          b.reading.status, told.basis.limits.min, told.basis.limits.max));
     std::fprintf(to, "\nTransmission %.6f = water vapour %.6f x carbon dioxide %.6f\n",
                  static_cast<double>(air.trans), static_cast<double>(air.water),
                  static_cast<double>(air.carbonDioxide));

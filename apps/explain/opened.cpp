@@ -38,7 +38,8 @@ OpenedCamera::OpenedCamera(const CameraChoice& choice) : m_lens(choice.lens) {
     host().updateShutterTemp(true);
     if (host().getTempInfoTab().tempNum < 2)
         m_error = QStringLiteral("%1 has no calibration table for lens %2, range %3")
-                      .arg(choice.directory)
+                      .arg(choice.directory.isEmpty() ? QStringLiteral("the sample directory")
+                                                      : choice.directory)
                       .arg(m_lens)
                       .arg(m_range);
 }
