@@ -51,6 +51,7 @@ QValueAxis* addAxis(QChart& chart, const QString& title, Qt::Alignment side) {
 /// Lays the axis over finite `values`, to round numbers.
 void span(QValueAxis& axis, const std::vector<double>& values) {
     constexpr int ticks = 9;
+    constexpr int mostDecimals = 6;
     if (values.empty())
         return;
     const auto [least, most] = std::minmax_element(values.begin(), values.end());
@@ -59,10 +60,12 @@ void span(QValueAxis& axis, const std::vector<double>& values) {
     axis.setRange(*least - room, *most + room);
     axis.setTickCount(ticks);
     axis.applyNiceNumbers();
+    double step = (axis.max() - axis.min()) / (axis.tickCount() - 1);
     int decimals = 0;
-    for (double step = (axis.max() - axis.min()) / (axis.tickCount() - 1);
-         decimals < 6 && std::abs(step - std::round(step)) > 1e-6; step *= 10.0)
+    while (decimals < mostDecimals && std::abs(step - std::round(step)) > 1e-6) {
+        step *= 10.0;
         ++decimals;
+    }
     axis.setLabelFormat(QStringLiteral("%.%1f").arg(decimals));
 }
 

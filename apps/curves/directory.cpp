@@ -9,8 +9,6 @@
 
 #include <algorithm>
 
-namespace settings = irmcore::settings;
-
 namespace irmcore::app {
 
 namespace {

@@ -2,8 +2,6 @@
 
 #include "../../core/settings.h"
 
-namespace settings = irmcore::settings;
-
 namespace irmcore::app {
 
 Parameters readParameters(FPGA& host) {

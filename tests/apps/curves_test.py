@@ -82,6 +82,24 @@ class Explain(Directories):
         self.assertEqual((e["status"], e["temperature"], e["beforeLimits"], e["segment"]), ("H", 4001, None, []))
         self.assertIn("above the table", clean("explain", "--ad", 65000))
 
+    def testTheColumnIsForPeople(self):
+        text = clean("explain", "--ad", 36000, "--delta", 0.5, "--offset", -1)
+        for line in (r"Count 36000, range 0, lens 0: 54\.39 °C, OK", r"  raw count +36000 AD   \S.*",
+                     r"  \+ shutter term +-326 AD   .* of 26\.50 °C \(modify factor 1 .*", r"  = corrected count +35674 AD .*",
+                     r"  table temperature +55\.8475 °C   .* 50 °C \(34953 AD\) and 60 °C \(36186 AD\)",
+                     r"  seen temperature +54\.5006 °C   \S.*", r"  \+ reflected +-2\.8783 °C   3\.42 %.* 25 °C",
+                     r"  = object +55\.8887 °C   96\.47 %.*", r"  \+ offset +-1\.0000 °C .*",
+                     r"  - delta temperature +-0\.5000 °C .*", r"  = before the limits +54\.3887 °C",
+                     r'  reading +54\.3887 °C   "OK": the range is -20 to 150 °C.*',
+                     r"Transmission 0\.998465 = water vapour 0\.998844 x carbon dioxide 0\.999620",
+                     r"  distance +1 m  -> +0\.0082 °C", r"  combined .*root of the sum of squares.*"):
+            self.assertRegex(text, "(?m)^" + line + "$")
+        for column in text.splitlines():
+            self.assertEqual(column, column.rstrip())
+        cold = clean("explain", "--ad", 29000, "--emissivity", 0.05, "--reflected", 100)
+        self.assertRegex(cold, r"(?m)^  = object +none +it would have to be colder than absolute zero$")
+        self.assertIn('-20.0000 °C   "L"', cold)
+
     def testParametersComeFromTheDirectoryUnlessGiven(self):
         for old, new in (("Emiss=0.95", "Emiss=0.5"), ("Distan=5", "Distan=200"), ("Humid=0.6", "Humid=0.25"),
                          ("Env=25", "Env=10"), ("Reflec=25", "Reflec=60"), ("TempRange=0", "TempRange=1")):
@@ -164,6 +182,26 @@ class Diff(Directories):
         for file in ("calc_len1_temp0.conf", "calc_len1_temp0_default.conf"):
             (self.b / "etc" / file).unlink()
         self.assertEqual(code(1000), 2)
+
+    def testFallbacksCountAsTheLibraryReadsThem(self):
+        (self.b / self.table).unlink()  # the fallback is alike
+        (self.b / "etc/calc_len0_temp1.conf").write_text("[Temp2AD]\n0=7000\n")  # too few: fallback as well
+        (self.b / "Parameter/Setting").write_text("[BiaoDing]\nIntTime1=200\n[GlobalPara]\nEnv=-5\n")
+        before = sorted(str(path) for path in self.b.rglob("*"))
+        code, found = self.differences()
+        self.assertEqual({d["largest"] for d in found if d["kind"] == "table"}, {0})
+        self.assertEqual([(d["name"], d["first"], d["second"]) for d in found if d["kind"] == "parameter"],
+                         [("GlobalPara/Env", 25, -5), ("BiaoDing/IntTime0", 120, 100), ("BiaoDing/IntTime1", 210, 200)])
+        self.assertEqual(sorted(str(path) for path in self.b.rglob("*")), before)  # nothing is written
+        self.assertIn("none by itself", clean("diff", self.a, self.b))
+
+    def testResultsThatCannotBeWrittenAreAnError(self):
+        for words in (["explain", "--ad", "36000"], ["diff", self.a, self.b], ["plot", "table", "--csv"]):
+            with open("/dev/full", "w") as full:
+                done = subprocess.run([*PROGRAM, *map(str, words)], stdout=full, stderr=subprocess.PIPE, text=True,
+                                      timeout=300)
+            self.assertEqual(done.returncode, 2, words)
+            self.assertRegex(done.stderr, r"\Airmcore: [^\n]+\n\Z")
 
     def testCsvIsCountByCount(self):
         rows = list(csv.DictReader(io.StringIO(clean("diff", "--csv", self.a, self.b))))

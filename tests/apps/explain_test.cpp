@@ -193,4 +193,26 @@ TEST(Explain, errorsHaveTheEffectsOfAnIndependentCalculation) {
     EXPECT_TRUE(std::isnan(effects(parameters, 0xB001, errors).combined)); // outside the table
 }
 
+TEST(Explain, theAirIsMadeOfWaterAndCarbonDioxide) {
+    struct Case {
+        float envTemp, humid, dist;
+        double precipitable, water, path, carbonDioxide;
+    };
+    const Case cases[] = {
+        {25.0F, 0.6F, 5.0F, 0.069, 0.99884425, 0.005, 0.99962043},
+        {25.9F, 0.6F, 500.9F, 6.9, 0.89356808, 0.5, 0.965717}, // whole degrees and metres
+        {20.0F, 0.5F, 100.0F, 0.865, 0.98559991, 0.1, 0.9924085},
+        {-60.0F, 1.0F, 1000.0F, 0.0431, 0.99927808, 1.0, 0.939283}, // the coldest of the table
+        {25.0F, 0.6F, 0.9F, 0.0, 1.0, 0.0, 1.0},
+    };
+    for (const Case& c : cases) {
+        const app::Air air = app::airOf({{0.9F, c.dist, 0.0F, 0}, c.humid, c.envTemp, 25.0F});
+        EXPECT_NEAR(air.precipitable, c.precipitable, 1e-6) << c.dist;
+        EXPECT_NEAR(air.water, c.water, 1e-6) << c.dist;
+        EXPECT_NEAR(air.path, c.path, 1e-8) << c.dist;
+        EXPECT_NEAR(air.carbonDioxide, c.carbonDioxide, 1e-6) << c.dist;
+        EXPECT_EQ(air.trans, air.water * air.carbonDioxide) << c.dist;
+    }
+}
+
 } // namespace
