@@ -14,9 +14,12 @@ enum ExitCode : int {
 
 int runCheck(const QStringList& words);
 int runDemo(const QStringList& words);
+int runDiff(const QStringList& words);
+int runExplain(const QStringList& words);
 int runRecord(const QStringList& words);
 int runReplay(const QStringList& words);
 int runPalettes(const QStringList& words);
+int runPlot(const QStringList& words);
 int runSim(const QStringList& words);
 int runTrace(const QStringList& words);
 

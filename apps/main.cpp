@@ -1,5 +1,6 @@
 // The command `irmcore`: the library's tools in one program.
 #include "commands.h"
+#include "curves/charts.h"
 #include "pictures.h"
 
 #include <algorithm>
@@ -23,7 +24,11 @@ struct Command {
 constexpr std::array commands{
     Command{"check", "say what is wrong with the files of a camera", app::runCheck},
     Command{"demo", "measure a scene on the simulated camera", app::runDemo},
+    Command{"diff", "compare two cameras' directories, in °C", app::runDiff},
+    Command{"explain", "take one reading apart, and say what small errors do to it",
+            app::runExplain},
     Command{"palettes", "write a sheet of all palettes as PNG", app::runPalettes},
+    Command{"plot", "draw what a camera's directory holds as SVG", app::runPlot},
     Command{"record", "run a program and record what the camera does", app::runRecord},
     Command{"replay", "run a program on a recorded camera", app::runReplay},
     Command{"sim", "the simulated camera: run a program on it, write its sample directory",
@@ -31,13 +36,21 @@ constexpr std::array commands{
     Command{"trace", "run a program and log its transfers with the camera", app::runTrace},
 };
 
-/// Whether a command draws: that takes another application object than the rest.
-bool draws(int argc, char** argv) {
+/// Whether an option of a command is there, whatever its value.
+bool isGiven(int argc, char** argv, std::string_view option) {
+    return std::any_of(argv + std::min(argc, 2), argv + argc, [option](std::string_view word) {
+        return word.substr(0, option.size()) == option;
+    });
+}
+
+/// The application object that a command takes: drawing takes others than the rest.
+std::unique_ptr<QCoreApplication> makeApplication(int& argc, char** argv) {
     const std::string_view command = argc > 1 ? argv[1] : "";
-    return command == "palettes" ||
-           (command == "demo" && std::any_of(argv + 2, argv + argc, [](std::string_view word) {
-                return word.substr(0, 9) == "--picture";
-            }));
+    if (command == "plot" && isGiven(argc, argv, "--output"))
+        return app::makeChartApplication(argc, argv);
+    return app::makeApplication(argc, argv,
+                                command == "palettes" ||
+                                    (command == "demo" && isGiven(argc, argv, "--picture")));
 }
 
 void printHelp(std::FILE* to) {
@@ -61,7 +74,7 @@ int main(int argc, char** argv) {
         std::fputs("irmcore: standard output is closed\n", stderr);
         return app::exitErrors;
     }
-    const auto application = app::makeApplication(argc, argv, draws(argc, argv));
+    const auto application = makeApplication(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("irmcore"));
     QCoreApplication::setApplicationVersion(QStringLiteral(IRMCORE_VERSION));
     std::setlocale(LC_NUMERIC, "C"); // numbers carry a point whatever the user's language

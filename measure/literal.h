@@ -72,18 +72,25 @@ inline double airPower(const Model& model) {
            (model.trans * model.emiss);
 }
 
+/// What the camera sees as the object would have to send it out, were there neither reflection nor
+/// radiation of the air, K^4; from the temperature seen in °C.
+inline double observedPower(const Model& model, float seen) {
+    return fourthPower(static_cast<double>(seen) + kelvin) / (model.emiss * model.trans);
+}
+
 /// Fourth power of the object's absolute temperature, from the temperature the camera sees in °C.
 /// Negative when the object would have to be colder than 0 K; not a number when no radiation of
 /// the object reaches the camera (a transmission of 0).
 inline double objectPower(const Model& model, float seen) {
-    const double observed =
-        fourthPower(static_cast<double>(seen) + kelvin) / (model.emiss * model.trans);
-    return (observed - reflectedPower(model)) - airPower(model);
+    return (observedPower(model, seen) - reflectedPower(model)) - airPower(model);
 }
+
+/// The temperature in °C of a fourth power.
+inline double bodyCelsius(double power) { return fourthRoot(power) - kelvin; }
 
 /// The object's temperature in °C from its fourth power, without the drift correction.
 inline double objectCelsius(const Model& model, double power) {
-    return fourthRoot(power) - kelvin + static_cast<double>(model.offset);
+    return bodyCelsius(power) + static_cast<double>(model.offset);
 }
 
 /// The object's temperature in K, without the offset.

@@ -74,13 +74,16 @@ float waterTransmission(float mm) { return interpolate(water, mm); }
 
 float carbonDioxideTransmission(float km) { return interpolate(carbonDioxide, km); }
 
-float transmission(float envTemp, float humid, int dist) {
+float precipitableWater(float envTemp, float humid, int dist) {
     constexpr float lowestTemp = 49.0F; // below zero
     const int index = std::clamp(truncateToInt(static_cast<double>(envTemp + lowestTemp)), 0, 98);
-    const auto metres = static_cast<float>(dist);
     const auto density = static_cast<float>(saturation[static_cast<std::size_t>(index)]);
-    const float precipitable = density * humid * metres / 1000.0F;
-    return waterTransmission(precipitable) * carbonDioxideTransmission(metres / 1000.0F);
+    return density * humid * static_cast<float>(dist) / 1000.0F;
+}
+
+float transmission(float envTemp, float humid, int dist) {
+    return waterTransmission(precipitableWater(envTemp, humid, dist)) *
+           carbonDioxideTransmission(carbonDioxidePath(dist));
 }
 
 } // namespace irmcore

@@ -25,6 +25,13 @@ float waterTransmission(float water);
 /// Transmission of carbon dioxide for a path in km, 0 to 1.
 float carbonDioxideTransmission(float km);
 
+/// Precipitable water in mm on `dist` metres of air at `envTemp` °C and a relative humidity given
+/// as a fraction.
+float precipitableWater(float envTemp, float humid, int dist);
+
+/// The path of carbon dioxide in km, on `dist` metres of air.
+constexpr float carbonDioxidePath(int dist) { return static_cast<float>(dist) / 1000.0F; }
+
 /// Transmission of `dist` metres of air at `envTemp` °C and a relative humidity given as a
 /// fraction. The saturated density is that of the whole degree, -49 to 49 °C; beyond, and for
 /// NaN, the nearer end (NaN: the lower).

@@ -3,7 +3,8 @@ set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
 # What building and testing takes on Debian 12.
-build_packages=(g++ cmake ninja-build qt6-base-dev fonts-dejavu-core)
+build_packages=(g++ cmake ninja-build qt6-base-dev qt6-charts-dev qt6-svg-dev libqt6opengl6-dev
+    fonts-dejavu-core)
 test_packages=(libgtest-dev python3 help2man pkg-config)
 clang_packages=(clang libclang-rt-14-dev) # for the preset of that name
 
