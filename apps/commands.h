@@ -12,8 +12,10 @@ enum ExitCode : int {
     exitUsage = 3,
 };
 
+int runCalibrate(const QStringList& words);
 int runCheck(const QStringList& words);
 int runDemo(const QStringList& words);
+int runMeasure(const QStringList& words);
 int runRecord(const QStringList& words);
 int runReplay(const QStringList& words);
 int runPalettes(const QStringList& words);

@@ -21,8 +21,10 @@ struct Command {
 };
 
 constexpr std::array commands{
+    Command{"calibrate", "make a calibration table from black bodies", app::runCalibrate},
     Command{"check", "say what is wrong with the files of a camera", app::runCheck},
     Command{"demo", "measure a scene on the simulated camera", app::runDemo},
+    Command{"measure", "measure spots, areas, lines and frames", app::runMeasure},
     Command{"palettes", "write a sheet of all palettes as PNG", app::runPalettes},
     Command{"record", "run a program and record what the camera does", app::runRecord},
     Command{"replay", "run a program on a recorded camera", app::runReplay},
