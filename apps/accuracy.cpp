@@ -1,6 +1,5 @@
 #include "accuracy.h"
 
-#include "../core/range.h"
 #include "bench.h"
 #include "conditions.h"
 
@@ -12,16 +11,6 @@
 namespace irmcore::app {
 
 namespace {
-
-/// A scene whose pixels go through a range's temperatures one by one.
-irmsim::Scene rampOver(const RangeLimits& limits) {
-    irmsim::Scene scene = irmsim::Scene::uniform(160, 120, 0.0);
-    const int pixels = scene.width() * scene.height();
-    for (int i = 0; i < pixels; ++i)
-        scene.set(i % scene.width(), i / scene.width(),
-                  limits.min + (limits.max - limits.min) * (i + 0.5) / pixels);
-    return scene;
-}
 
 /// What the model gives between two whole counts, straight between their readings; NaN where one
 /// of them is not "OK".
@@ -82,6 +71,15 @@ Accuracy sweepOne(Bench& bench, const Conditions& c, int range) {
 }
 
 } // namespace
+
+irmsim::Scene rampOver(const RangeLimits& limits) {
+    irmsim::Scene scene = irmsim::Scene::uniform(160, 120, 0.0);
+    const int pixels = scene.width() * scene.height();
+    for (int i = 0; i < pixels; ++i)
+        scene.set(i % scene.width(), i / scene.width(),
+                  limits.min + (limits.max - limits.min) * (i + 0.5) / pixels);
+    return scene;
+}
 
 std::vector<Accuracy> sweep(QString& error) {
     std::vector<Accuracy> results;

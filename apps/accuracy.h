@@ -1,5 +1,8 @@
 #pragma once
 
+#include "../core/range.h"
+#include "../sim/scene.h"
+
 #include <QString>
 
 #include <string>
@@ -23,6 +26,9 @@ struct Accuracy {
 
 /// Whether a sweep stayed within its bound.
 inline bool keepsBound(const Accuracy& sweep) { return sweep.worst <= sweep.bound; }
+
+/// A scene of 160x120 whose pixels go through a range's temperatures one by one.
+irmsim::Scene rampOver(const RangeLimits& limits);
 
 /// Sweeps both ranges, with easy and with hard measurement parameters. On failure the list is empty
 /// and `error` says why.

@@ -12,10 +12,12 @@ enum ExitCode : int {
     exitUsage = 3,
 };
 
+int runCalibrate(const QStringList& words);
 int runCheck(const QStringList& words);
 int runDemo(const QStringList& words);
 int runDiff(const QStringList& words);
 int runExplain(const QStringList& words);
+int runMeasure(const QStringList& words);
 int runRecord(const QStringList& words);
 int runReplay(const QStringList& words);
 int runPalettes(const QStringList& words);

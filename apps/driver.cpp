@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <unistd.h>
+#include <utility>
 
 namespace irmcore::app {
 
@@ -14,8 +15,12 @@ constexpr useconds_t coreTime = 500000; // µs that the core takes to calibrate,
 
 } // namespace
 
+Driver::Driver(FPGA& host, std::function<double()> clock, const Habits& habits)
+    : m_host(host), m_clock(std::move(clock)), m_habits(habits) {}
+
 Driver::Driver(FPGA& host, const irmsim::Camera& camera, const Habits& habits)
-    : m_host(host), m_camera(camera), m_habits(habits) {}
+    : Driver(
+          host, [&camera] { return camera.seconds(); }, habits) {}
 
 void Driver::start() {
     ::usleep(coreTime); // what init() sent makes the core calibrate too
@@ -33,7 +38,7 @@ float Driver::sensorTemp() {
 bool Driver::roundIsDue(float sensor) const {
     return std::abs(sensor - m_sensorAtRound) >= driftStep ||
            (sensor < driftKink) != (m_sensorAtRound < driftKink) ||
-           m_camera.seconds() - m_timeOfRound >= longestWait;
+           m_clock() - m_timeOfRound >= longestWait;
 }
 
 void Driver::beforeReadings() {
@@ -53,7 +58,7 @@ void Driver::calibrationRound() {
     if (m_habits.updatesShutter)
         m_host.updateShutterTemp(true);
     m_sensorAtRound = sensorTemp();
-    m_timeOfRound = m_camera.seconds();
+    m_timeOfRound = m_clock();
     ++m_rounds;
 }
 

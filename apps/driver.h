@@ -3,6 +3,8 @@
 #include "../core/fpga.h"
 #include "../sim/camera.h"
 
+#include <functional>
+
 namespace irmcore::app {
 
 /// What a host leaves out of the pattern that keeps readings right, to show what each step is for.
@@ -18,7 +20,9 @@ struct Habits {
 /// batch of readings. docs/driving.md explains the pattern.
 class Driver {
 public:
-    /// `camera` is asked for the time only.
+    /// `clock` tells the time in s from any moment on.
+    Driver(FPGA& host, std::function<double()> clock, const Habits& habits);
+    /// On a simulated camera's time.
     Driver(FPGA& host, const irmsim::Camera& camera, const Habits& habits);
 
     /// After `init()`: takes the shutter from the core and does a first round.
@@ -34,7 +38,7 @@ private:
     float sensorTemp();
 
     FPGA& m_host;
-    const irmsim::Camera& m_camera;
+    std::function<double()> m_clock;
     Habits m_habits;
     float m_sensorAtRound = 0.0F; // °C
     double m_timeOfRound = 0.0;   // s

@@ -22,11 +22,13 @@ struct Command {
 };
 
 constexpr std::array commands{
+    Command{"calibrate", "make a calibration table from black bodies", app::runCalibrate},
     Command{"check", "say what is wrong with the files of a camera", app::runCheck},
     Command{"demo", "measure a scene on the simulated camera", app::runDemo},
     Command{"diff", "compare two cameras' directories, in °C", app::runDiff},
     Command{"explain", "take one reading apart, and say what small errors do to it",
             app::runExplain},
+    Command{"measure", "measure spots, areas, lines and frames", app::runMeasure},
     Command{"palettes", "write a sheet of all palettes as PNG", app::runPalettes},
     Command{"plot", "draw what a camera's directory holds as SVG", app::runPlot},
     Command{"record", "run a program and record what the camera does", app::runRecord},

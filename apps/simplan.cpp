@@ -1,6 +1,7 @@
 #include "simplan.h"
 
 #include "commands.h"
+#include "optionreader.h"
 #include "options.h"
 #include "scenario.h"
 
@@ -42,60 +43,7 @@ constexpr std::array surroundingsOptions{
                  &Surroundings::humidity, 0.01, 1.0},
 };
 
-/// Reads options into a plan. The first thing that is wrong is kept.
-class Options {
-public:
-    explicit Options(const QCommandLineParser& parser) : m_parser(parser) {}
-
-    QString wrong;
-
-    bool has(const char* name) const { return m_parser.isSet(QString::fromLatin1(name)); }
-    QString text(const char* name) const { return m_parser.value(QString::fromLatin1(name)); }
-    void refuse(const char* name, const QString& takes) {
-        if (wrong.isEmpty())
-            wrong = QStringLiteral("--%1 takes %2, not '%3'")
-                        .arg(QString::fromLatin1(name), takes, text(name));
-    }
-
-    /// Sets `to` when the option is given.
-    void number(const char* name, double low, double high, double& to) {
-        if (has(name) && !takeNumber(text(name), low, high, to))
-            refuse(name, QStringLiteral("a number from %1 to %2").arg(low).arg(high));
-    }
-    void whole(const char* name, int low, int high, int& to) {
-        bool ok = true;
-        const int value = has(name) ? text(name).toInt(&ok) : to;
-        if (ok && value >= low && value <= high)
-            to = value;
-        else
-            refuse(name, QStringLiteral("a whole number from %1 to %2").arg(low).arg(high));
-    }
-    /// Numbers between colons: as many as `numbers` has, of which the last `optional` may be
-    /// missing. False when they are not that.
-    static bool numbers(const QString& words, double low, double high, std::vector<double*> numbers,
-                        int optional = 0) {
-        const QStringList parts = words.split(QLatin1Char(':'));
-        const int most = static_cast<int>(numbers.size());
-        bool ok = parts.size() <= most && parts.size() >= most - optional;
-        for (int i = 0; ok && i < static_cast<int>(parts.size()); ++i)
-            ok = takeNumber(parts[i], low, high, *numbers[static_cast<std::size_t>(i)]);
-        return ok;
-    }
-
-private:
-    static bool takeNumber(const QString& word, double low, double high, double& to) {
-        bool ok = false;
-        const double value = word.toDouble(&ok);
-        if (!ok || !(value >= low && value <= high))
-            return false;
-        to = value;
-        return true;
-    }
-
-    const QCommandLineParser& m_parser;
-};
-
-void takeScene(Options& options, Plan& plan) {
+void takeScene(OptionReader& options, Plan& plan) {
     const QString size = options.text("size");
     if (size == QLatin1String("160x120")) {
         plan.scene.width = 160;
@@ -119,12 +67,15 @@ void takeScene(Options& options, Plan& plan) {
         options.wrong = QStringLiteral("--scene: ") + QString::fromLocal8Bit(error.c_str());
 }
 
-void takeSurroundings(Options& options, Plan& plan) {
+void takeSurroundings(OptionReader& options, Plan& plan) {
     for (const NumberOption& number : surroundingsOptions) {
         options.number(number.name, number.low, number.high, plan.surroundings.*number.field);
         if (number.field == &Surroundings::envTemp)
             plan.surroundings.reflectedTemp = plan.surroundings.envTemp;
     }
+}
+
+void takeInside(OptionReader& options, Plan& plan) {
     double inside = 0.0;
     options.number("inside", -60.0, 120.0, inside);
     if (options.has("inside"))
@@ -134,14 +85,15 @@ void takeSurroundings(Options& options, Plan& plan) {
     double start = 0.0;
     double end = 0.0;
     double timeConstant = irmsim::WarmUp{}.timeConstant;
-    if (!Options::numbers(options.text("warm-up"), -60.0, 1e6, {&start, &end, &timeConstant}, 1) ||
+    if (!OptionReader::numbers(options.text("warm-up"), -60.0, 1e6, {&start, &end, &timeConstant},
+                               1) ||
         start > 120.0 || end > 120.0 || timeConstant < 0.0)
         options.refuse("warm-up", QStringLiteral("START:END or START:END:SECONDS, -60 to 120 °C"));
     plan.warmUp = irmsim::WarmUp::inside(start, end, timeConstant);
 }
 
 /// Noise in AD, or in mK of an object at 30 °C.
-void takeNoise(Options& options, Plan& plan) {
+void takeNoise(OptionReader& options, Plan& plan) {
     int seed = 1;
     options.whole("seed", 0, 2147483647, seed);
     plan.seed = static_cast<std::uint64_t>(seed);
@@ -160,27 +112,30 @@ void takeNoise(Options& options, Plan& plan) {
     } else if (text.endsWith(QLatin1String("AD"))) {
         text.chop(2);
     }
-    if (!Options::numbers(text, 0.0, 10000.0, {&plan.noise}))
+    if (!OptionReader::numbers(text, 0.0, 10000.0, {&plan.noise}))
         options.refuse("noise", QStringLiteral("a deviation like 2AD or 50mK"));
     plan.noise *= perUnit;
 }
 
-void takeClockAndPort(Options& options, Plan& plan) {
+void takeClock(OptionReader& options, Plan& plan) {
     options.number("frame-rate", 0.1, 1000.0, plan.frameRate);
     const QString clock = options.text("clock");
     if (clock == QLatin1String("wall"))
         plan.wallFactor = 1.0;
     else if (options.has("clock") && clock != QLatin1String("sim") &&
              (!clock.startsWith(QLatin1String("wall:")) ||
-              !Options::numbers(clock.mid(5), 0.001, 1e6, {&plan.wallFactor})))
+              !OptionReader::numbers(clock.mid(5), 0.001, 1e6, {&plan.wallFactor})))
         options.refuse("clock", QStringLiteral("sim, wall or wall:FACTOR"));
+}
+
+void takePort(OptionReader& options, Plan& plan) {
     const QString port = options.text("port");
     plan.pty = port == QLatin1String("pty");
     if (options.has("port") && !plan.pty && port != QLatin1String("virtual"))
         options.refuse("port", QStringLiteral("virtual or pty"));
 }
 
-void takeScenario(Options& options, SimRun& run) {
+void takeScenario(OptionReader& options, SimRun& run) {
     if (!options.has("scenario") || !options.wrong.isEmpty())
         return;
     std::string error;
@@ -198,30 +153,13 @@ void takeScenario(Options& options, SimRun& run) {
 }
 
 void addOptions(QCommandLineParser& parser) {
+    parser.addOptions(cameraOptions());
     parser.addOptions(
-        {option("scene",
-                "what the camera looks at: bench (black bodies, the default), uniform:CELSIUS, "
-                "gradient:LEFT:RIGHT, or a binary PGM file of hundredths of a kelvin",
-                "scene"),
-         option("size", "frame of a built-in scene: 384x288 (the default) or 160x120", "size"),
-         option("scenario", "script of what happens to the camera", "file"),
-         option("camera",
+        {option("camera",
                 "camera directory, which becomes the host's working directory. Without it: the "
                 "present one if it has etc/calc_len*, else a fresh sample directory",
                 "dir"),
          option("keep", "the sample directory is not removed afterwards"),
-         option("range", "range that the camera starts in: 0 or 1 (0)", "index"),
-         option("lens", "lens, 0 to 6 (0)", "index"),
-         option("inside", "inside temperature (26.5 in range 0, 43 in range 1)", "celsius"),
-         option("warm-up", "shutter and sensor warm up, 600 s unless said otherwise",
-                "start:end[:seconds]"),
-         option("noise",
-                "standard deviation of a pixel, in AD or for an object at 30 °C: 2AD, 50mK",
-                "deviation"),
-         option("seed", "seed of the noise (1)", "number"),
-         option("clock", "sim (frames and sleeps make the time, the default), wall or wall:FACTOR",
-                "clock"),
-         option("frame-rate", "frames a second (25)", "hertz"),
          option("port", "the core's serial port: virtual (the default) or pty", "port"),
          option("verbose", "say what is run, and what the scenario does when it does it"),
          option("help", "this text")});
@@ -242,6 +180,37 @@ bool cameraAsked(const QCommandLineParser& parser, const QList<QCommandLineOptio
 }
 
 } // namespace
+
+QList<QCommandLineOption> cameraOptions() {
+    return {
+        option("scene",
+               "what the camera looks at: bench (black bodies, the default), uniform:CELSIUS, "
+               "gradient:LEFT:RIGHT, or a binary PGM file of hundredths of a kelvin",
+               "scene"),
+        option("size", "frame of a built-in scene: 384x288 (the default) or 160x120", "size"),
+        option("scenario", "script of what happens to the camera", "file"),
+        option("range", "range that the camera starts in: 0 or 1 (0)", "index"),
+        option("lens", "lens, 0 to 6 (0)", "index"),
+        option("inside", "inside temperature (26.5 in range 0, 43 in range 1)", "celsius"),
+        option("warm-up", "shutter and sensor warm up, 600 s unless said otherwise",
+               "start:end[:seconds]"),
+        option("noise", "standard deviation of a pixel, in AD or for an object at 30 °C: 2AD, 50mK",
+               "deviation"),
+        option("seed", "seed of the noise (1)", "number"),
+        option("clock", "sim (frames and sleeps make the time, the default), wall or wall:FACTOR",
+               "clock"),
+        option("frame-rate", "frames a second (25)", "hertz")};
+}
+
+void takeCamera(OptionReader& options, SimRun& run) {
+    options.whole("range", 0, 1, run.plan.range);
+    options.whole("lens", 0, 6, run.plan.lens);
+    takeScene(options, run.plan);
+    takeInside(options, run.plan);
+    takeNoise(options, run.plan);
+    takeClock(options, run.plan);
+    takeScenario(options, run);
+}
 
 std::optional<SimRun> parseSimRun(const QStringList& words, int& exitCode) {
     const QString description = QStringLiteral(
@@ -267,14 +236,10 @@ std::optional<SimRun> parseRun(const RunCommand& command, const QStringList& wor
     run.verbose = parser.isSet(QStringLiteral("verbose"));
     run.host = parser.positionalArguments();
     run.asked = cameraAsked(parser, command.options);
-    Options options(parser);
-    options.whole("range", 0, 1, run.plan.range);
-    options.whole("lens", 0, 6, run.plan.lens);
-    takeScene(options, run.plan);
+    OptionReader options(parser);
     takeSurroundings(options, run.plan);
-    takeNoise(options, run.plan);
-    takeClockAndPort(options, run.plan);
-    takeScenario(options, run);
+    takeCamera(options, run);
+    takePort(options, run.plan);
     if (options.wrong.isEmpty() && options.has("camera") && !QFileInfo(run.cameraDirectory).isDir())
         options.refuse("camera", QStringLiteral("a directory"));
     if (options.wrong.isEmpty() && run.host.isEmpty())

@@ -14,6 +14,8 @@ class QCommandLineParser;
 
 namespace irmcore::app {
 
+class OptionReader;
+
 /// What `irmcore sim run` is to do.
 struct SimRun {
     irmsim::Plan plan;
@@ -28,6 +30,11 @@ struct SimRun {
 /// `exitCode` says how the program ends: what was wrong, or the help that was asked for, has been
 /// printed.
 std::optional<SimRun> parseSimRun(const QStringList& words, int& exitCode);
+
+/// The options that set a simulated camera up.
+QList<QCommandLineOption> cameraOptions();
+/// Reads them into a run whose surroundings are set.
+void takeCamera(OptionReader& options, SimRun& run);
 
 /// A command that takes the options of `sim run` and some of its own.
 struct RunCommand {

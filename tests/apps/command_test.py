@@ -38,7 +38,7 @@ class Command(unittest.TestCase):
 
     def testHelpIsExit0(self):
         for words in (["--help"], ["demo", "--help"], ["sim", "--help"], ["palettes", "--help"],
-                      ["sim", "run", "--help"], ["trace", "--help"], ["record", "--help"], ["replay", "--help"]):
+                      ["sim", "run", "--help"], ["trace", "--help"], ["measure", "--help"], ["calibrate", "--help"], ["record", "--help"], ["replay", "--help"]):
             done = run(*words)
             self.assertEqual((done.returncode, done.stderr), (0, ""), words)
             self.assertIn("Usage: ", done.stdout)
