@@ -4,7 +4,7 @@
 //     link_stress [commands [start-ups [constructions [silent ends [places]]]]] >/dev/null
 //
 // Places: letters of "i" idle, "l" beside two threads that compute, "o" on one processor.
-#include "bench/linkloads.h"
+#include "support/linkloads.h"
 
 #include <atomic>
 #include <cstdlib>

@@ -109,6 +109,30 @@ TEST_F(Board, lensCodesAreMappedToLensIndices) {
     EXPECT_EQ(all, "6 6 2 2 4 4 0 0 5 5 1 1 3 3 255 0 ");
 }
 
+TEST_F(Board, theLensVariantIsTheTopBit) {
+    camera.lensCode(7);
+    for (const auto& [control, lens] : {std::pair(0x7F, 255), {0x80, 0}, {0xFF, 0}, {0x00, 255}}) {
+        camera.poke(0x00, {static_cast<std::uint8_t>(control)});
+        EXPECT_EQ(board.fpga_read_lenIndex(), lens) << control;
+    }
+}
+
+TEST(Device, mayHaveTheFirstDescriptor) {
+    irmsim::Camera camera;
+    camera.install();
+    camera.poke(0x70, {0xFE, 0xCA});
+    const int kept = dup(STDIN_FILENO);
+    close(STDIN_FILENO); // as in a daemon
+    {
+        FPGABottom board;
+        EXPECT_EQ(fcntl(STDIN_FILENO, F_GETFD), 0) << "the device is where standard input was";
+        EXPECT_EQ(board.fpga_get_fpga_level(), 0xCAFE);
+    }
+    EXPECT_EQ(fcntl(STDIN_FILENO, F_GETFD), -1) << "and is closed";
+    dup2(kept, STDIN_FILENO);
+    close(kept);
+}
+
 TEST_F(Board, imageMode5SelectsTheExtremesOfThePartShown) {
     _point_max max{};
     _point_min min{};

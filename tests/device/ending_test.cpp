@@ -1,5 +1,5 @@
 // How a link ends, and what it is without its worker.
-#include "bench/linkloads.h"
+#include "support/linkloads.h"
 
 #include <atomic>
 #include <cerrno>

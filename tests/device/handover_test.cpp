@@ -1,5 +1,5 @@
 // Commands between the threads that give them and the worker: none lost, none doubled.
-#include "bench/linkloads.h"
+#include "support/linkloads.h"
 
 #include <sys/stat.h>
 

@@ -87,6 +87,34 @@ TEST_P(BothPorts, commandsAreSentOnceAndAcknowledged) {
     EXPECT_EQ(camera.portCalls().write, n);
 }
 
+TEST_P(BothPorts, aHostsCommandsAreTheLinks) {
+    const WorkDir dir;
+    std::unique_ptr<FPGA> host;
+    printed([&] { host = std::make_unique<FPGA>(); });
+    const struct {
+        int (*run)(FPGA&);
+        const char* frame;
+        const char* prints = "";
+    } commands[] = {
+        {[](FPGA& h) { return h.autoShutter(true); }, "53:01"},
+        {[](FPGA& h) { return h.autoShutter(false); }, "53:00"},
+        {[](FPGA& h) { return h.insideShutter(); }, "31"},
+        {[](FPGA& h) { return h.insideShutterNoVSK(); }, "51"},
+        {[](FPGA& h) { return h.setIntTime(1, 0xFEDC); }, "70:DCFE"},
+        {[](FPGA& h) { return h.setSerialVSK(1875); }, "78:5307", "============set vsk:1875\n"},
+    };
+    for (const auto& c : commands) {
+        camera.clearReceived();
+        const unsigned long before = camera.coreCounts().allGood();
+        EXPECT_EQ(printed([&] { EXPECT_EQ(c.run(*host), 0); }), c.prints);
+        ASSERT_TRUE(received(camera, before + 1)) << c.frame;
+        EXPECT_EQ(frames(camera), c.frame);
+    }
+    unsigned short vsk = 9, sum = 9;
+    EXPECT_EQ(joined(host->getSerialVSK(&vsk), host->getSerialSum(&sum), vsk, sum),
+              "0 0 1875 30000");
+}
+
 TEST_P(BothPorts, queriesAreAnswered) {
     camera.coreAnswers({"irmsim CPU 1.0", "abcdefghijklmno", 30000, 0xBEEF, 0xDEADBEEF});
     const struct {
@@ -226,6 +254,25 @@ TEST_F(Port, framesHoldUpTo122Bytes) {
     unsigned char bytes[] = {0x82, 4, 100, 0, 0, 0};
     for (const auto& [n, sum] : {std::pair{6, 0xE2}, {1, 0x82}, {0, 0}, {-1, 0}})
         EXPECT_EQ(link->generateSum(bytes, n), sum);
+}
+
+TEST_F(Port, refusesToWriteWhatIsNotThere) {
+    const unsigned char byte = 7;
+    const std::string refused = "write serial failed: Invalid argument\n-1";
+    EXPECT_EQ(errorsOf([&] { return link->writeData(nullptr, 3); }), refused);
+    EXPECT_EQ(errorsOf([&] { return link->writeData(&byte, -1); }), refused);
+    EXPECT_EQ(errorsOf([&] { return link->writeData(&byte, 0); }), "0");
+    camera.failPortTransfer(1, Fault::refused(EIO));
+    EXPECT_EQ(errorsOf([&] { return link->writeData(&byte, 1); }),
+              "write serial failed: Input/output error\n-1");
+}
+
+TEST_F(Port, oldInputIsThrownAwayWhenItIsSetUp) {
+    link->writeData(link->m_sendBuf, link->packData({0x79, 0, nullptr})); // its reply stays unread
+    camera.sleepCall(std::chrono::seconds(1));
+    EXPECT_EQ(link->set_Parity(8, 1, 'N'), 0);
+    unsigned char byte = 0;
+    EXPECT_EQ(link->readData(&byte, 1), 0);
 }
 
 TEST_F(Port, findsAReplysHeader) {

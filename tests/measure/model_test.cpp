@@ -26,6 +26,15 @@ TEST(Model, marksTemperaturesAgainstTheRange) {
     }
 }
 
+TEST(Model, beginsWithTheFirstRangeAndKnowsEveryMode) {
+    TempHandler handler(nullptr);
+    const TempSetup setup = handler.getTempSetup();
+    EXPECT_EQ(joined(setup.emiss, setup.dist, setup.offset, handler.irAD2Temp(7).status),
+              "0.95 5 0 NULL");
+    EXPECT_NEAR(handler.getTrans(), 0.998465, 1e-6);
+    EXPECT_EQ(joined(PARA_CUSTOM, PARA_SYSTEM), "0 1");
+}
+
 TEST(Model, shiftsABareReadingByOffsetAndDrift) {
     irmcore::Model model{1, 1.5F, 25, 25, 1, -20, 150, false};
     const TempInfoTab tab{0, 0, 0, 1000, 0, 0, 2, 30, {0, 1000}, {20, 30}};

@@ -4,9 +4,9 @@
 //     irmcore-identity [SETS [SEED]]
 //
 // Exit 1 with the first differing counts on standard error.
+#include "bench/randommodel.h"
 #include "measure/frametable.h"
 #include "measure/literal.h"
-#include "randommodel.h"
 
 #include <cmath>
 #include <cstdio>
