@@ -1,7 +1,8 @@
 #include "session.h"
 
+#include "storedsettings.h"
+
 #include "../../core/range.h"
-#include "../../core/settings.h"
 #include "../../sim/cameradir.h"
 #include "../commands.h"
 
@@ -22,42 +23,6 @@ namespace irmcore::app::measuring {
 namespace {
 
 constexpr useconds_t coreTime = 500000; // µs that the core takes for a command
-
-/// A group of the camera's settings as they are now.
-class Settings {
-public:
-    explicit Settings(const char* group)
-        : m_file(QString::fromLatin1(settings::file), QSettings::NativeFormat) {
-        m_file.beginGroup(QString::fromLatin1(group));
-    }
-    double number(const char* key, double fallback) const {
-        return m_file.value(QString::fromLatin1(key), fallback).toDouble();
-    }
-    int whole(const QString& key, int fallback) const {
-        return m_file.value(key, fallback).toInt();
-    }
-
-private:
-    QSettings m_file;
-};
-
-int storedRange() {
-    return Settings(settings::calibrationGroup)
-        .whole(QString::fromLatin1(settings::tempRange), settings::defaultTempRange);
-}
-
-/// What the settings say of object and air, but for what was given.
-irmsim::Surroundings truthOf(const GivenParameters& given) {
-    const Settings file(settings::parameterGroup);
-    const auto or_ = [&](std::optional<double> value, const char* key, double fallback) {
-        return value ? *value : file.number(key, fallback);
-    };
-    return {or_(given.emissivity, settings::emiss, settings::defaultEmiss),
-            or_(given.distance, settings::distance, settings::defaultDistance),
-            or_(given.humidity, settings::humid, settings::defaultHumid),
-            or_(given.air, settings::envTemp, settings::defaultEnvTemp),
-            or_(given.reflected, settings::reflecTemp, settings::defaultReflecTemp)};
-}
 
 /// Why the board's device cannot be opened; empty when it can.
 QString whyNoDevice() {
@@ -153,11 +118,7 @@ bool Session::start(QString& error) {
 }
 
 void Session::changeRange(int range) {
-    const int intTime =
-        Settings(settings::calibrationGroup)
-            .whole(QString::fromLatin1(settings::intTime).arg(range),
-                   range == 0 ? settings::defaultIntTimeLow : settings::defaultIntTimeHigh);
-    m_host->changeTempRange(range, static_cast<unsigned short>(intTime & 0xFFFF));
+    m_host->changeTempRange(range, storedIntTime(range));
     ::usleep(coreTime);
     m_host->setTempRange(range);
     const RangeLimits limits = limitsOfRange(range);

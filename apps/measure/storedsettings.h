@@ -1,0 +1,16 @@
+#pragma once
+
+#include "plan.h"
+
+/// What "Parameter/Setting" below the working directory says now; the library's own reader is not
+/// a host's to use.
+namespace irmcore::app::measuring {
+
+/// The range that the camera starts in.
+int storedRange();
+/// The core's raw integration time for a range.
+unsigned short storedIntTime(int range);
+/// Object and air, but for what was given.
+irmsim::Surroundings truthOf(const GivenParameters& given);
+
+} // namespace irmcore::app::measuring
