@@ -87,7 +87,8 @@ if(IRMCORE_HELP2MAN AND NOT CMAKE_CROSSCOMPILING)
     COMMAND ${PROJECT_SOURCE_DIR}/man/make-pages ${IRMCORE_HELP2MAN} ${PROJECT_VERSION}
             ${PROJECT_BINARY_DIR}/man $<TARGET_FILE:irmcore-command>
     DEPENDS irmcore-command man/make-pages man/irmcore.h2m man/irmcore-check.h2m man/irmcore-demo.h2m
-            man/irmcore-diff.h2m man/irmcore-explain.h2m man/irmcore-plot.h2m
+            man/irmcore-calibrate.h2m man/irmcore-diff.h2m man/irmcore-explain.h2m
+            man/irmcore-measure.h2m man/irmcore-plot.h2m
     COMMENT "Man pages" VERBATIM)
   add_custom_target(man ALL DEPENDS ${PROJECT_BINARY_DIR}/man/stamp)
   install(DIRECTORY ${PROJECT_BINARY_DIR}/man/ DESTINATION ${CMAKE_INSTALL_MANDIR}/man1

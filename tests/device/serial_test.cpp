@@ -88,6 +88,7 @@ TEST_P(BothPorts, commandsAreSentOnceAndAcknowledged) {
 }
 
 TEST_P(BothPorts, aHostsCommandsAreTheLinks) {
+    link = nullptr; // there is one at a time
     const WorkDir dir;
     std::unique_ptr<FPGA> host;
     printed([&] { host = std::make_unique<FPGA>(); });
