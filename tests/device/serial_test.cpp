@@ -97,8 +97,8 @@ TEST_P(BothPorts, aHostsCommandsAreTheLinks) {
         const char* frame;
         const char* prints = "";
     } commands[] = {
-        {[](FPGA& h) { return h.autoShutter(true); }, "53:01"},
-        {[](FPGA& h) { return h.autoShutter(false); }, "53:00"},
+        {[](FPGA& h) { return h.autoShutter(true); }, "30:01"},
+        {[](FPGA& h) { return h.autoShutter(false); }, "30:00"},
         {[](FPGA& h) { return h.insideShutter(); }, "31"},
         {[](FPGA& h) { return h.insideShutterNoVSK(); }, "51"},
         {[](FPGA& h) { return h.setIntTime(1, 0xFEDC); }, "70:DCFE"},
