@@ -59,6 +59,22 @@ TEST(Table, termsFollowTheTemperaturesAndTheTable) {
     EXPECT_EQ(para.readSensorDeltaAD(), 0);
 }
 
+TEST(Table, keepsTheTemperaturesItIsGiven) {
+    IRPara para;
+    const auto kept = [&para] {
+        const TempInfoTab tab = para.getADToTempTab();
+        EXPECT_EQ(para.getShutterTemp(), tab.shutterTemp);
+        return joined(tab.shutterTemp, tab.sensorTemp, tab.lenTemp);
+    };
+    EXPECT_EQ(kept(), "30 30 30");
+    para.setShutterTemp(41.5F);
+    para.setSensorTemp(33.25F, true);
+    para.setLenTemp(-7);
+    EXPECT_EQ(kept(), "41.5 33.25 -7");
+    para.setShutterTemp(-12.5F);
+    EXPECT_EQ(kept(), "-12.5 33.25 -7");
+}
+
 TEST(Table, whatNoSegmentHoldsIsOutside) {
     const TempInfoTab two = table({{0, 1000}, {10, 2000}});
     EXPECT_EQ(text(irmcore::adToTableTemp(two, 999)), "L -4001");
