@@ -123,18 +123,21 @@ class Simulated(Place):
 
     def testFramesHoldWhatTheCameraSees(self):
         scene, pixels = self.scene((8, 9, 120), (0, 0, -10))
-        names = [self.place / ("frame." + ending) for ending in ("pgm", "png", "csv")]
-        files = [word for name in names for word in ("--frame", name)]
+        names = [self.place / ("frame." + ending) for ending in ("pgm", "csv", "png")]
+        drawn = run("measure", "--scene", scene, "--frame", names[2])
+        draws = "this build has no pictures" not in drawn.stderr
+        self.assertEqual(drawn.returncode, 0 if draws else 2)
+        files = [word for name in names[:3 if draws else 2] for word in ("--frame", name)]
         done = self.measure("--scene", scene, *files)
         self.assertIn("celsius = value / 100 - 273.15", done.stderr)
         comment, pgm = words(names[0])
-        text, png = greyscale(names[1])
+        text, png = greyscale(names[2]) if draws else (comment, pgm)
         for note in (comment, text):
             self.assertIn("hundredths of a kelvin: celsius = value / 100 - 273.15", note)
             self.assertIn("0 of 19200 pixels are not OK", note)
         self.assertEqual(pgm, png)
         self.assertLess(max(abs(a - b) for a, b in zip(pgm, pixels)), 20)
-        cells = names[2].read_text().replace("\n", ",").split(",")[:-1]
+        cells = names[1].read_text().replace("\n", ",").split(",")[:-1]
         self.assertLess(max(abs(float(c) - w / 100 + 273.15) for c, w in zip(cells, pgm)), 0.0101)
         # What was written is a scene again.
         again = self.found("--scene", names[0], "--spot", "8,9")
@@ -142,7 +145,7 @@ class Simulated(Place):
         for scale, low, high in (("decikelvin", 3926, 3936), ("counts", 42000, 52000)):
             self.measure("--scene", scene, "--scale", scale, *files)
             self.assertTrue(low < words(names[0])[1][9 * WIDTH + 8] < high, scale)
-        self.assertEqual(names[2].read_text().split(",")[0], str(words(names[0])[1][0]))
+        self.assertEqual(names[1].read_text().split(",")[0], str(words(names[0])[1][0]))
 
     def testWhatIsNotOkIsMarked(self):
         scene, _ = self.scene((0, 0, -40), (1, 0, -21), (2, 0, 151), (3, 0, 160))
