@@ -1,11 +1,11 @@
 #include "camera.h"
 
-#include "check.h"
 #include "device/frame.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <cmath>
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
@@ -41,6 +41,17 @@ void enterPlace() {
         "[Temp2AD]\n-20=7000\n400=B000\n";
     for (const char* file : {"etc/calc_len0_temp0.conf", "etc/calc_len0_temp1.conf"})
         writeFile(file, table.data(), table.size());
+}
+
+/// Waits for what the link's worker does.
+template <typename Done>
+void waitUntil(Done done) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    for (unsigned i = 0; !done(); ++i) {
+        sched_yield();
+        if (i % 1024 == 1023)
+            require(std::chrono::steady_clock::now() < end, "a command is sent");
+    }
 }
 
 Host& newHost(irmsim::Camera& camera, Line& line) {
@@ -154,6 +165,8 @@ std::vector<irmsim::Reply> Line::receive(const std::uint8_t* bytes, std::size_t 
     if (!replies.empty()) {
         std::vector<irmsim::Reply> given = std::move(replies.front());
         replies.erase(replies.begin());
+        for (const irmsim::Reply& reply : given)
+            latest = std::max(latest, reply.after);
         return given;
     }
     std::vector<std::uint8_t> answer(22, 0x11);
@@ -185,20 +198,38 @@ void Fixture::reset() {
 }
 
 void Fixture::waitForWorker(unsigned long mark, unsigned long writes) {
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-    for (unsigned i = 0; portWrites() - mark < writes; ++i) {
-        sched_yield();
-        if (i % 1024 == 1023)
-            require(std::chrono::steady_clock::now() < end, "a command is sent");
-    }
+    waitUntil([&] { return portWrites() - mark >= writes; });
     host.link->m_mutex.lock(); // the worker holds it until it is done
     host.link->m_mutex.unlock();
 }
 
+void Fixture::waitForFrame(std::uint8_t code) {
+    waitUntil([&] {
+        host.link->m_mutex.lock();
+        const bool built = host.link->m_sendBuf[2] == code;
+        host.link->m_mutex.unlock();
+        return built;
+    });
+}
+
 void Fixture::emptyPort() {
     const std::lock_guard<std::mutex> hold(irmsim::cameraLock());
-    camera.sleepCall(std::chrono::seconds(100));
-    camera.flushCall(TCIFLUSH);
+    camera.sleepCall(line.latest);
+    if (camera.flushCall(TCIFLUSH) == 0)
+        line.latest = irmsim::Time(0);
+}
+
+void requireParameters(Host& host, Digest& out) {
+    const TempSetup used = host.getSystemTempSetup();
+    require(used.emiss >= 0.001F && used.emiss <= 1.001F && used.dist >= 0 &&
+                used.dist <= 100000.0F && std::fabs(used.offset) <= 100.001F,
+            "the parameters in use are within their ranges");
+    const float trans = host.m_sysTempHandler->getTrans();
+    const float dewPoint = host.m_sysTempHandler->getDewpoint();
+    require(trans >= 0.0F && trans <= 1.0F, "the air lets nothing to all through");
+    require(std::isfinite(dewPoint), "the dew point is finite");
+    out.add(trans);
+    out.add(dewPoint);
 }
 
 void writeFile(const char* path, const void* bytes, std::size_t n) {

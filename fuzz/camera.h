@@ -1,5 +1,6 @@
 #pragma once
 
+#include "check.h"
 #include "core/fpga.h"
 #include "core/vsk.h"
 #include "sim/camera.h"
@@ -16,7 +17,7 @@ namespace irmfuzz {
 /// The link with what is needed to wait for its worker.
 struct Link : Serial {
     explicit Link(FPGA* fpga) : Serial(fpga, irmsim::serialPortPath) {}
-    using Serial::m_mutex, Serial::m_recvBuf;
+    using Serial::m_mutex, Serial::m_recvBuf, Serial::m_sendBuf;
 };
 
 /// The façade with its state in view.
@@ -63,6 +64,7 @@ public:
     std::vector<std::vector<irmsim::Reply>> replies;
     bool anyBytes = false;          ///< what is written need not be a frame
     std::vector<std::uint8_t> last; ///< what was written last
+    irmsim::Time latest{0};         ///< until all that was given has come in, at most
 
     std::vector<irmsim::Reply> receive(const std::uint8_t* bytes, std::size_t n);
 };
@@ -78,6 +80,8 @@ public:
     void reset();
     /// Waits until the link's worker has made `writes` writes since `mark`, and is done with them.
     void waitForWorker(unsigned long mark, unsigned long writes);
+    /// Waits until the last frame built has this code, and is written; some frame since has.
+    void waitForFrame(std::uint8_t code);
     unsigned long portWrites() const { return camera.portCalls().write; }
     /// What lies in the port or is on its way there is gone.
     void emptyPort();
@@ -90,6 +94,9 @@ private:
     Fixture();
     const Host::State m_start;
 };
+
+/// The measuring parameters in use, and what the model derives from them, are in range.
+void requireParameters(Host& host, Digest& out);
 
 /// Writes a file below the working directory, with another time stamp each time and an old one: one
 /// that has just been written would be waited for.

@@ -1,5 +1,7 @@
 #include "check.h"
 
+#include "camera.h"
+
 #include <algorithm>
 #include <array>
 #include <chrono>
@@ -63,12 +65,21 @@ void Digest::add(const IrTempStru& reading) {
     add(reading.biaoDingTemp);
 }
 
+} // namespace irmfuzz
+
+namespace {
+
+using namespace irmfuzz;
+
+/// The lowest free descriptor: it rises when one is leaked.
 int freeDescriptor() {
     const int fd = dup(STDIN_FILENO);
     close(fd);
     return fd;
 }
 
+/// Whether the lowest free descriptor is, or soon is again, no higher than it was: where the C
+/// library tells of an error, it holds one for a moment, and the link's worker does so at any time.
 bool nothingLeftOpen(int firstFree) {
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(5);
     while (freeDescriptor() > firstFree) {
@@ -79,4 +90,22 @@ bool nothingLeftOpen(int firstFree) {
     return true;
 }
 
-} // namespace irmfuzz
+} // namespace
+
+extern "C" int LLVMFuzzerInitialize(int*, char***) {
+    Fixture::get();
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    static const std::uint64_t once = execute(data, size); // what is opened once is open then
+    static_cast<void>(once);
+    const int firstFree = freeDescriptor();
+    const std::uint64_t first = execute(data, size);
+    Digest input;
+    input.add(data, size);
+    if (everyInputTwice || input.value() % 16 == 0)
+        require(execute(data, size) == first, "the same input gives the same result");
+    require(nothingLeftOpen(firstFree), "no descriptor is leaked");
+    return 0;
+}

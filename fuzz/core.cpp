@@ -260,13 +260,9 @@ void Run::command() {
         break;
     case 9: // the second may replace the first
         result = link.insideShutter() + link.setVSK(number);
-        if (!m_faulty) {
-            m_fixture.waitForWorker(mark, 1);
-            if (m_fixture.line.last.at(2) != 0x78)
-                m_fixture.waitForWorker(mark, 2);
-            require(m_fixture.line.last.at(2) == 0x78, "the command last filled is sent");
-        }
         m_fixture.waitForWorker(mark, 1);
+        m_fixture.waitForFrame(0x78);
+        require(m_faulty || m_fixture.line.last.at(2) == 0x78, "the command last filled is sent");
         m_fixture.emptyPort();
         break;
     default:
@@ -390,12 +386,6 @@ void Run::step() {
 
 } // namespace
 
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    Fixture::get();
-    return 0;
-}
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    check(data, size, [](const std::uint8_t* bytes, std::size_t n) { return Run(bytes, n).all(); });
-    return 0;
+std::uint64_t irmfuzz::execute(const std::uint8_t* data, std::size_t size) {
+    return Run(data, size).all();
 }

@@ -14,7 +14,9 @@ bool onTheGrid(float celsius) { // of half degrees
     return celsius >= -20.0F && celsius <= 79.5F && celsius * 2 == std::floor(celsius * 2);
 }
 
-std::uint64_t execute(const std::uint8_t* data, std::size_t size) {
+} // namespace
+
+std::uint64_t irmfuzz::execute(const std::uint8_t* data, std::size_t size) {
     Fixture& fixture = Fixture::get();
     Host& host = fixture.host;
     Digest out;
@@ -53,16 +55,4 @@ std::uint64_t execute(const std::uint8_t* data, std::size_t size) {
     out.add(host.m_irPara.readShutterDeltaAD());
     require(host.checkBiaoDingTab() <= 0, "a table is found good or not");
     return out.value();
-}
-
-} // namespace
-
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    Fixture::get();
-    return 0;
-}
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    check(data, size, execute);
-    return 0;
 }

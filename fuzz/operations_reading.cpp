@@ -102,15 +102,7 @@ void parameters(Run& run) {
         host.setTempRangeMinMax(min, max);
     }
     }
-    const TempSetup used = host.getSystemTempSetup();
-    require(used.emiss >= 0.001F && used.emiss <= 1.001F && used.dist >= 0 &&
-                used.dist <= 100000.0F && std::fabs(used.offset) <= 100.001F,
-            "the parameters in use are within their ranges");
-    const float trans = host.m_sysTempHandler->getTrans();
-    require(trans >= 0.0F && trans <= 1.0F, "the air lets nothing to all through");
-    require(std::isfinite(host.m_sysTempHandler->getDewpoint()), "the dew point is finite");
-    run.out.add(trans);
-    run.out.add(host.m_sysTempHandler->getDewpoint());
+    requireParameters(host, run.out);
 }
 
 void conversions(Run& run) {

@@ -36,7 +36,9 @@ void fill(Run& run) {
     board.poke(0x1004, spots);
 }
 
-std::uint64_t execute(const std::uint8_t* data, std::size_t size) {
+} // namespace
+
+std::uint64_t irmfuzz::execute(const std::uint8_t* data, std::size_t size) {
     constexpr int most = 24;
     Run run{Fixture::get(), Bytes(data, size), {}};
     run.fixture.reset();
@@ -48,16 +50,4 @@ std::uint64_t execute(const std::uint8_t* data, std::size_t size) {
     }
     run.fixture.camera.plugIn();
     return run.out.value();
-}
-
-} // namespace
-
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    Fixture::get();
-    return 0;
-}
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    check(data, size, execute);
-    return 0;
 }

@@ -3,11 +3,7 @@
 
 #include <cmath>
 
-namespace {
-
-using namespace irmfuzz;
-
-std::uint64_t execute(const std::uint8_t* data, std::size_t size) {
+std::uint64_t irmfuzz::execute(const std::uint8_t* data, std::size_t size) {
     Fixture& fixture = Fixture::get();
     Host& host = fixture.host;
     Digest out;
@@ -15,15 +11,8 @@ std::uint64_t execute(const std::uint8_t* data, std::size_t size) {
     writeFile("Parameter/Setting", data, size);
 
     host.setSystemTempPara();
-    const TempSetup used = host.getSystemTempSetup();
-    require(used.emiss >= 0.001F && used.emiss <= 1.001F && used.dist >= 0 &&
-                used.dist <= 100000.0F && std::fabs(used.offset) <= 100.001F,
-            "the parameters in use are within their ranges");
-    const float trans = host.m_sysTempHandler->getTrans();
-    require(trans >= 0.0F && trans <= 1.0F, "the air lets nothing to all through");
-    require(std::isfinite(host.m_sysTempHandler->getDewpoint()), "the dew point is finite");
+    requireParameters(host, out);
     sweep(*host.m_sysTempHandler, out);
-    out.add(trans);
 
     const TempSetup stored = host.m_sysTempSetup;
     host.readTempSetup();
@@ -37,8 +26,7 @@ std::uint64_t execute(const std::uint8_t* data, std::size_t size) {
     host.init();
     fixture.waitForWorker(mark, 1);
     if (host.m_coreVersionNum == -1) // of three commands only the last is certain to arrive
-        for (unsigned long n = 1; fixture.line.last.at(2) != 0x31;)
-            fixture.waitForWorker(mark, ++n);
+        fixture.waitForFrame(0x31);
     out.add(m_vskTemp);
     out.add(m_vskValue0);
     out.add(m_vskValue1);
@@ -51,16 +39,4 @@ std::uint64_t execute(const std::uint8_t* data, std::size_t size) {
     }
     requireDerived();
     return out.value();
-}
-
-} // namespace
-
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    Fixture::get();
-    return 0;
-}
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    check(data, size, execute);
-    return 0;
 }

@@ -73,7 +73,9 @@ void convert(const TempInfoTab& tab, Digest& out) {
     }
 }
 
-std::uint64_t execute(const std::uint8_t* data, std::size_t size) {
+} // namespace
+
+std::uint64_t irmfuzz::execute(const std::uint8_t* data, std::size_t size) {
     Fixture& fixture = Fixture::get();
     Host& host = fixture.host;
     Digest out;
@@ -103,16 +105,4 @@ std::uint64_t execute(const std::uint8_t* data, std::size_t size) {
     sweep(*host.m_sysTempHandler, out);
     out.add(host.m_irPara.readShutterDeltaAD());
     return out.value();
-}
-
-} // namespace
-
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    Fixture::get();
-    return 0;
-}
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    check(data, size, execute);
-    return 0;
 }
