@@ -34,7 +34,7 @@ int FPGA::getSpotTemp(int index, int type, ParaMode_t mode, TempSetup const& set
                       IrTempStru& out) {
     if (index < 0 || type < spotAtPosition || type > spotColdest)
         return -1;
-    unsigned short ad = 0;
+    unsigned short ad = 0; // until delivered
     bool delivered = false;
     if (type == spotAtPosition) {
         const auto slot = static_cast<unsigned char>(index & 0xFF);

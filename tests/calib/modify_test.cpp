@@ -6,6 +6,9 @@ namespace {
 
 using namespace irmtest;
 
+/// The table as a host finds it when it has just begun.
+const std::string s_table = joined(s_modify[0], s_modify[199], m_minModifyTemp, m_maxModifyTemp);
+
 struct Modify : Host {
     Modify() { std::filesystem::remove("Parameter/Modify"); }
     /// Reads "Parameter/Modify" with these lines; the factors as runs, each from an entry on.
@@ -82,6 +85,11 @@ TEST_F(Modify, halfDegreesHaveAnEntryEach) {
         {79.99999F, 199}, {80, 199},    {INFINITY, 199}, {-1e30F, 0}};
     for (const auto& [celsius, entry] : entries)
         EXPECT_EQ(irmcore::modifyEntry(celsius), entry) << celsius;
+    EXPECT_EQ(s_table, "0 0 79 -20");
+    float table[201]{};
+    irmcore::fillGaps({table, 0, 2, 10, 3});
+    EXPECT_EQ(joined(table[39], table[40], table[60], table[61], table[199], table[200]),
+              "2 2 2 3 3 0");
 }
 
 } // namespace

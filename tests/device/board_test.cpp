@@ -48,12 +48,14 @@ TEST_F(Board, frameReadsPrintTheirTime) {
     std::vector<std::uint16_t> frame(110592);
     const auto lines = [&](timeval start, timeval end, std::uint16_t* buffer) {
         s_times = {start, end};
-        return printed([&] { board.fpga_read_IRAD_384(buffer); });
+        const unsigned result = buffer == nullptr ? 255 : 0;
+        return printed([&] { EXPECT_EQ(board.fpga_read_IRAD_384(buffer), result); });
     };
     const std::string first = "fpga read irad 384\n";
     EXPECT_EQ(lines({10, 1000}, {12, 3999}, frame.data()), first + "time2:2002 ms\n");
     EXPECT_EQ(lines({10, 5}, {10, 5}, frame.data()), first + "time2:0 ms\n");
-    EXPECT_EQ(lines({10, 999000}, {11, 1500}, frame.data()), first + "time1:2 ms\n");
+    EXPECT_EQ(lines({10, 998501}, {11, 1500}, frame.data()), first + "time1:2 ms\n");
+    EXPECT_EQ(lines({10, 999500}, {11, 1500}, frame.data()), first + "time1:2 ms\n");
     EXPECT_EQ(lines({}, {}, nullptr), first + "add is null\n");
     EXPECT_EQ(printed([&] { EXPECT_EQ(board.fpga_read_IRAD(nullptr), 255); }), "add is null\n");
 }
@@ -134,6 +136,10 @@ TEST(Device, mayHaveTheFirstDescriptor) {
 }
 
 TEST_F(Board, imageMode5SelectsTheExtremesOfThePartShown) {
+    struct Shown : FPGABottom {
+        using FPGABottom::m_imageMode;
+    };
+    EXPECT_EQ(Shown().m_imageMode, -1);
     _point_max max{};
     _point_min min{};
     for (const Image_Mode_t mode : {IMAGE_IR, IMAGE_IR_MIX_CCD, IMAGE_CCD_MIX_IR}) {
@@ -163,6 +169,8 @@ TEST_F(Board, badArgumentsAreRefusedBeforeAnyTransfer) {
           board.fpga_point_min_get(nullptr), board.fpga_colorTable_set(nullptr)})
         EXPECT_EQ(result, 255U);
     EXPECT_EQ(board.fpga_get_sht11_temp_humid(nullptr, nullptr), -1);
+    EXPECT_EQ(joined(board.fpga_read_shutterTemp(nullptr), board.fpga_read_sensorTemp(nullptr)),
+              "-1 -1");
     EXPECT_EQ(camera.calls().total(), 0U);
     EXPECT_EQ(board.writeData(0x10, &byte, 0), 0);
     EXPECT_EQ(joined(camera.calls().lseek, transfers(camera)), "1 W10:0");

@@ -1,11 +1,32 @@
 // Commands between the threads that give them and the worker: none lost, none doubled.
 #include "support/linkloads.h"
 
+#include <atomic>
+#include <dlfcn.h>
 #include <sys/stat.h>
 
 namespace {
 
 using namespace irmtest;
+
+/// The next wait on a condition begins late, and says so.
+std::atomic<bool> s_late{false};
+std::atomic<bool> s_aboutToWait{false};
+
+} // namespace
+
+extern "C" [[gnu::visibility("default")]] int pthread_cond_wait(pthread_cond_t* condition,
+                                                                pthread_mutex_t* mutex) {
+    if (s_late.exchange(false)) {
+        s_aboutToWait = true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    using Wait = int(pthread_cond_t*, pthread_mutex_t*);
+    static auto* const next = reinterpret_cast<Wait*>(dlsym(RTLD_NEXT, "pthread_cond_wait"));
+    return next(condition, mutex);
+}
+
+namespace {
 
 TEST(HandOver, noCommandIsLostOrDoubled) {
     printed([] {
@@ -48,6 +69,26 @@ TEST(HandOver, theFirstCommandArrivesAndAWakeUpSendsItOnceMore) {
         }
         link = nullptr;
         ASSERT_EQ(frames(camera), i % 2 != 0 ? frame + " " + frame : frame);
+    }
+}
+
+TEST(HandOver, aWorkerAboutToWaitHearsAWakeUp) {
+    irmsim::Camera camera;
+    camera.install();
+    Link link;
+    link.setVSK(7);
+    ASSERT_TRUE(received(camera, 1));
+    std::string expected = "78:0700";
+    for (const bool queried : {false, true}) {
+        link.sent(); // the worker is done
+        if (queried)
+            link.readSerialSum(nullptr);
+        s_aboutToWait = false;
+        s_late = true;
+        ASSERT_TRUE(wait([&] { return link.m_mutex.broadcast() == 0 && s_aboutToWait; }));
+        link.signalThread();
+        expected += queried ? " 79 78:0700" : " 78:0700";
+        EXPECT_TRUE(wait([&] { return frames(camera) == expected; })) << frames(camera);
     }
 }
 

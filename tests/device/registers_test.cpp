@@ -1,4 +1,5 @@
 // Every register operation: its transfers, typed out from the FPGA's register map, and its result.
+#include "device/registers.h"
 #include "support/host.h"
 
 #include <algorithm>
@@ -143,6 +144,18 @@ TEST_F(Registers, holdTheModesThatHostsWereBuiltWith) {
                      IMAGE_IR_MIX_CCD, IMAGE_FUSION, IMAGE_BLANK, POSITION_TOP_LEFT,
                      POSITION_TOP_RIGHT, POSITION_BOTTOM_LEFT, POSITION_BOTTOM_RIGHT),
               "0 1 2 3 4 5 6 7 0 1 2 3");
+}
+
+TEST_F(Registers, areListedWithTheirWidths) {
+    std::string all;
+    for (const auto& [address, stride, count, words, read, written, name, unit] : irmcore::reg::map)
+        for (const char* wanted : {"sensorTemp", "adSum", "gain", "version", "pointPosition",
+                                   "areaBounds", "areaPos", "colorTable", "frame"})
+            if (std::strcmp(name, wanted) == 0)
+                all += joined(hex(address), stride, +count, +words, read, written) + unit[0] + ' ';
+    EXPECT_EQ(all,
+              "1E 0 1 1 2 01 44 0 1 1 6 0A 64 0 1 1 2 44 F0 0 1 1 15 0t 1000 16 17 1 0 4x "
+              "10C0 64 17 4 0 2x 10E0 64 17 4 2 0x 1300 0 1 1 1044 10442 4000 0 1 1 38400 0A ");
 }
 
 TEST_F(Registers, operationsMakeTheirTransfersAndNoOthers) {

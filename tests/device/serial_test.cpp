@@ -12,6 +12,9 @@ using namespace irmtest;
 
 using irmsim::Fault;
 
+/// Lengths as a host finds them when it has just begun.
+const std::string s_lengths = joined(g_writeData_length, g_readData_length);
+
 struct Port : testing::Test {
     explicit Port(bool pty = false) {
         camera.serialOnPty(pty).install();
@@ -241,6 +244,7 @@ TEST_F(Port, knowsTwoSizesFourParitiesTwoStops) {
 }
 
 TEST_F(Port, framesHoldUpTo122Bytes) {
+    EXPECT_EQ(s_lengths, "0 0");
     unsigned char payload[123];
     for (unsigned char i = 0; i < 123; ++i)
         payload[i] = i;

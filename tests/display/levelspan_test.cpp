@@ -16,6 +16,9 @@ struct Scene {
     unsigned high, low, mid;
 };
 
+/// The limits as a host finds them when it has just begun.
+const std::string s_limits = joined(m_levelSpanMinAD, m_levelSpanMaxAD, m_isStarLevelSpanControl);
+
 struct Window : Host {
     Window() {
         if (!s_first.empty())
@@ -51,6 +54,7 @@ TEST_F(Window, isTakenOverByTheFirstCallAlone) {
 }
 
 TEST_F(Window, staysWithinTheEndsOfItsRange) {
+    EXPECT_EQ(s_limits, "0 0 0");
     for (const auto& [range, expected] : {std::pair(0, "28672 37599"), {1, "31527 45056"}}) {
         printed([&, to = range] { host->setSystemAdToTempTab(0, to); });
         EXPECT_EQ(joined(m_levelSpanMinAD, m_levelSpanMaxAD), expected);

@@ -151,8 +151,8 @@ TEST_F(Picture, hasNoPaletteAndNoIsothermAtFirst) {
         EXPECT_EQ(yuv(host->getCurrentPalette()[i]), "0 0 0");
     const Isotherm iso = host->getIsoPara();
     EXPECT_EQ(joined(iso.type, iso.width, iso.center, iso.minTemp, iso.maxTemp, iso.lowRatio,
-                     iso.highRatio, iso.reference, iso.useMinMax, iso.color),
-              "1 6 20 20 30 0 1 0 0 Trans");
+                     iso.highRatio, iso.reference, iso.useMinMax, iso.color, sizeof iso.color),
+              "1 6 20 20 30 0 1 0 0 Trans 10");
 }
 
 /// The table of the tests: 30 °C at 32767, 100 °C at 35600, -20 °C at 30736 or so.
@@ -193,7 +193,7 @@ TEST_F(Picture, marksTheBandInTheWindow) {
         {2, 0, 1, 30, 100, 32767, 0, "none", "32767 35600"},
         {1, 0, 1, 30, 30, 32767, 0, "0 0", "32767 32767"},
         // Fractions of the palette and of the window; the FPGA's limits stay.
-        {1, 1, 0, 0.25F, 0.5F, 4000, 1000, "63 127", "9 9"},
+        {1, 1, 0, 0.25F, 1.0F, 4000, 1000, "63 255", "9 9"},
         {1, 2, 0, 0.25F, 0.5F, 4000, 1000, "63 127", "9 9"},
         {0, 1, 0, 0.25F, 0.5F, 4000, 1000, "0 63", "9 9"},
         {2, 2, 0, 0.25F, 0.5F, 4000, 1000, "127 255", "9 9"},
@@ -323,12 +323,13 @@ TEST_F(Picture, colorsTheBandAndTheSpecialEntries) {
     }
     host->setCustomPalette(ramp); // fourth bytes stay
     EXPECT_EQ(joined(+shown(128).reserved, +shown(258).reserved, +shown(259).reserved), "9 0 0");
+    EXPECT_EQ(yuv(shown(259)) + ", " + yuv(shown(260)), "0 255 7, 255 0 7");
 }
 
 TEST_F(Picture, followsTheWindowWhileTheIsothermIsOn) {
     Isotherm iso;
-    iso.type = 258; // only the low byte reaches the FPGA
-    EXPECT_EQ(transfersOf([&] { host->setIsoPara(iso); }), "W201:1=02");
+    iso.type = 259; // only the low byte reaches the FPGA
+    EXPECT_EQ(transfersOf([&] { host->setIsoPara(iso); }), "W201:1=03");
     iso.type = 1;
     host->setIsoPara(iso);
     const std::function<void()> moves[] = {

@@ -1,5 +1,6 @@
 // Whole frames, and the quick calculation behind them and every reading.
 #include "measure/guard.h"
+#include "measure/quickreading.h"
 #include "support/host.h"
 
 #include <array>
@@ -10,12 +11,14 @@ namespace {
 
 using namespace irmtest;
 
-/// Whether memory that may be refused is refused.
+/// Whether memory that may be refused is refused, and how often it was given.
 bool s_noMemory = false;
+int s_given = 0;
 
 } // namespace
 
 [[gnu::visibility("default")]] void* operator new(std::size_t n, const std::nothrow_t&) noexcept {
+    s_given += s_noMemory ? 0 : 1;
     return s_noMemory ? nullptr : ::operator new(n);
 }
 
@@ -94,7 +97,11 @@ TEST_F(Frames, areTheSameWithoutMemory) {
     s_noMemory = true;
     expectReadings(PARA_CUSTOM, own, "without memory");
     s_noMemory = false;
-    expectReadings(PARA_CUSTOM, own, "with memory");
+    s_given = 0;
+    for (const char* what : {"with memory", "with the same memory"}) {
+        expectReadings(PARA_CUSTOM, own, what);
+        EXPECT_EQ(s_given, 1) << what;
+    }
 }
 
 TEST_F(Frames, areJudgedBeforeTheyAreRoundedToALimit) {
@@ -168,13 +175,22 @@ TEST_F(Frames, findANewCountWhereverItStands) {
 TEST(Guard, tellsWhenAnErrorCanChangeASingle) {
     const double tie = 1.0 + 0x1p-24; // half way between two singles
     const std::tuple<double, int, bool> cases[] = {
-        {tie, -50, false},          {tie + 0x1p-40, -42, true},  {tie + 0x1p-40, -39, false},
-        {tie - 0x1p-40, -42, true}, {tie - 0x1p-40, -39, false}, {1.0, -30, true},
+        {tie, -50, false},
+        {tie + 0x1p-40, -42, true},
+        {tie + 0x1p-40, -39, false},
+        {tie - 0x1p-40, -42, true},
+        {tie - 0x1p-40, -39, false},
+        {1.0, -30, true},
+        {1.0, -26, true},
+        {1.0, -52, true},
+        {1.0, -53, false},
         {1.0, -25, false},    // too coarse to tell
         {0.0001, -35, false}, // a smaller number has smaller places
         {0.0, -35, false},    // none at all
         {1e300, -35, false},  // no single
-        {INFINITY, -35, false},     {NAN, -35, false},           {-25.3, -35, true}};
+        {INFINITY, -35, false},
+        {NAN, -35, false},
+        {-25.3, -35, true}};
     for (const auto& [value, error, expected] : cases)
         EXPECT_EQ(irmcore::roundsAlikeWithin(value, error), expected) << value << ' ' << error;
 }
@@ -188,6 +204,51 @@ TEST(Guard, rootsAreWithinTheirBound) {
                 static_cast<double>(static_cast<long double>(root) * root * root * root);
             EXPECT_NEAR(calculate(power) / root, 1.0, 0x1p-49) << root;
         }
+}
+
+TEST(Guard, takesTheQuickWayAsFarAsItsBoundsHold) {
+    const double tie = 0x1p33 + 0x1p9; // of a radicand; its places are 2^-19
+    const std::pair<double, bool> radicands[] = {{0.999, false},
+                                                 {1.0, true},
+                                                 {8796093022207.5, true},
+                                                 {8796093022208.0, false},
+                                                 {tie + 0x1p-14, false},
+                                                 {tie + 0x1p-14 + 0x1p-19, true},
+                                                 {NAN, false},
+                                                 {-1.0, false}};
+    for (const auto& [radicand, expected] : radicands)
+        EXPECT_EQ(irmcore::celsiusIfSure(radicand).has_value(), expected) << radicand;
+
+    const double half = 16.0 + 0x1p-20; // between two singles
+    const std::tuple<double, float, bool> shifted[] = {{half + 0x1p-35, 0, false},
+                                                       {half + 0x1p-34, 0, true},
+                                                       {1054.3, 1024, true},
+                                                       {1055.3, 1024.5F, false},
+                                                       {-994.3, -1024, true}};
+    for (const auto& [observed, drift, expected] : shifted)
+        EXPECT_EQ(irmcore::roundedIfSure(observed, drift).has_value(), expected) << observed;
+
+    // Of 25 °C before 25 °C: by the emissivity e the camera sees 1 / e times the object's power.
+    const std::tuple<float, float, bool> scenes[] = {
+        {1, 25, true},       {1, 1774, true},  {1, 1775, false},  {1, -272, true},
+        {1, -272.5F, false}, {0.5F, 25, true}, {0.07F, 25, true}, {0.06F, 25, false}};
+    for (const auto& [emiss, seen, expected] : scenes) {
+        const irmcore::Model model{emiss, 0, 25, 25, 1, -20, 150, false};
+        const double observed = irmcore::observedIfClose(irmcore::termsOf(model), seen);
+        EXPECT_EQ(!std::isnan(observed), expected) << emiss << ' ' << seen;
+        EXPECT_TRUE(!expected || std::abs(observed - static_cast<double>(seen)) < 1e-4);
+    }
+
+    // What rounds to a limit is left to the prescribed calculation.
+    const irmcore::Terms terms = irmcore::termsOf({1, 0, 25, 25, 1, -20, 150, false});
+    const std::pair<double, const char*> ends[] = {
+        {149.75, "OK 149.75"}, {150, ""}, {151, "HE 151"}, {152, ""}, {153, "H 150"},
+        {-19.75, "OK -19.75"}, {-20, ""}, {-21, "LE -21"}, {-22, ""}, {-23, "L -20"}};
+    for (const auto& [celsius, expected] : ends) {
+        IrTempStru reading{"OK", 0, 0, 0, 0, 0};
+        const bool concluded = irmcore::concludeIfSure(terms, celsius, 0, reading);
+        EXPECT_EQ(concluded ? text(reading) : "", expected) << celsius;
+    }
 }
 
 } // namespace

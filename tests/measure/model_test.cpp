@@ -1,4 +1,5 @@
 // The object temperature model and its parameters.
+#include "measure/breakdown.h"
 #include "measure/radiometry.h"
 #include "support/host.h"
 
@@ -9,7 +10,7 @@ namespace {
 using namespace irmtest;
 
 struct OpenModel : TempHandler {
-    using TempHandler::m_trans;
+    using TempHandler::m_trans, TempHandler::m_tempRangeMin, TempHandler::m_tempRangeMax;
     using TempHandler::TempHandler;
 };
 
@@ -26,8 +27,23 @@ TEST(Model, marksTemperaturesAgainstTheRange) {
     }
 }
 
+TEST(Model, isTheSameOnlyInEveryParameter) {
+    const irmcore::Model model{1, 1.5F, 25, 26, 0.5F, -20, 150, false};
+    EXPECT_TRUE(irmcore::sameModel(model, model));
+    for (const irmcore::Model& other : {irmcore::Model{2, 1.5F, 25, 26, 0.5F, -20, 150, false},
+                                        {1, 1.25F, 25, 26, 0.5F, -20, 150, false},
+                                        {1, 1.5F, 24, 26, 0.5F, -20, 150, false},
+                                        {1, 1.5F, 25, 27, 0.5F, -20, 150, false},
+                                        {1, 1.5F, 25, 26, 1, -20, 150, false},
+                                        {1, 1.5F, 25, 26, 0.5F, -19, 150, false},
+                                        {1, 1.5F, 25, 26, 0.5F, -20, 151, false},
+                                        {1, 1.5F, 25, 26, 0.5F, -20, 150, true}})
+        EXPECT_FALSE(irmcore::sameModel(model, other) || irmcore::sameModel(other, model));
+}
+
 TEST(Model, beginsWithTheFirstRangeAndKnowsEveryMode) {
-    TempHandler handler(nullptr);
+    OpenModel handler(nullptr);
+    EXPECT_EQ(joined(handler.m_tempRangeMin, handler.m_tempRangeMax), "-20 150");
     const TempSetup setup = handler.getTempSetup();
     EXPECT_EQ(joined(setup.emiss, setup.dist, setup.offset, handler.irAD2Temp(7).status),
               "0.95 5 0 NULL");
@@ -39,6 +55,7 @@ TEST(Model, shiftsABareReadingByOffsetAndDrift) {
     irmcore::Model model{1, 1.5F, 25, 25, 1, -20, 150, false};
     const TempInfoTab tab{0, 0, 0, 1000, 0, 0, 2, 30, {0, 1000}, {20, 30}};
     EXPECT_NEAR(irmcore::objectTemp(irmcore::termsOf(model), tab, 0, 0.25F, 500).temp, 26.25, 1e-5);
+    EXPECT_NEAR(irmcore::breakDown(model, tab, 0, 0.25F, 500).reading.temp, 26.25, 1e-5);
     EXPECT_EQ(irmcore::objectAd(model, tab, 0, 27.5F).ad, 605); // the drift plays no part
     model.emiss = 0.1F;
     model.reflecTemp = 300; // the object would have to be colder than 0 K
@@ -58,6 +75,7 @@ TEST(Model, checksAndNamesItsParameters) {
         {{1, 100000.5F, 999, 0}, " dist para error\n"},
         {{1, NAN, 0, 0}, " dist para error\n"},
         {{1, 5, -100.01F, 0}, " offset para error\n"},
+        {{1, 5, 100.01F, 0}, " offset para error\n"},
         {{1, 5, NAN, 0}, " offset para error\n"}};
     const std::string head = "measure/temphandler.cpp setTempSetup ";
     for (const auto& [setup, complaint] : cases) {
@@ -80,7 +98,7 @@ TEST(Model, computesTransmissionAndDewPointWhenTheyChange) {
     OpenModel handler(nullptr);
     EXPECT_EQ(joined(handler.getTrans(), handler.getDewpoint()), "0.9984651 16.695337");
     handler.m_trans = 0.5F;
-    handler.setTempSetup({0.95F, 5, 0, 7}); // the same again
+    EXPECT_EQ(handler.setTempSetup({0.95F, 5, 0, 7}), 1); // the same again
     handler.setReflecTemp(99);
     EXPECT_EQ(handler.getTrans(), 0.5F);
     handler.setEnvTemp(10);
@@ -133,7 +151,9 @@ TEST_F(HostModel, takesParametersAndRefreshesTheLimits) {
         printed(set);
         return joined(m_levelSpanMinAD, m_levelSpanMaxAD);
     };
-    const auto take = [&](float emiss) { host->setSystemTempSetup({emiss, 5, 0, 42}); };
+    const auto take = [&](float emiss) {
+        EXPECT_EQ(host->setSystemTempSetup({emiss, 5, 0, 42}), 1);
+    };
     EXPECT_EQ(limitsAfter([&] { take(0.95F); }), "30810 37433");
     EXPECT_EQ(limitsAfter([&] { take(2); }), "30810 37433"); // kept, not applied
     EXPECT_EQ(joined(host->m_sysTempSetup.emiss, host->m_sysTempSetup.reserved,

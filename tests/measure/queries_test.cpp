@@ -120,6 +120,8 @@ TEST_F(Queries, theWindowsEndsAreRead) {
     EXPECT_EQ(ends(999, 3232), "OK 40.01274 OK 119.9684 36000");
     EXPECT_NE(output.find("offset para error"), std::string::npos);
     EXPECT_EQ(transfersOf([&] { host->getMinMaxTemp(nullptr, nullptr); }), "");
+    printed([&] { host->getAutoMinMaxTemp(&low, &high); });
+    EXPECT_EQ(joined(low.ad, high.ad), "32768 36000");
 }
 
 } // namespace

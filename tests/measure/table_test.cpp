@@ -1,5 +1,6 @@
 // The calibration table in memory, its drift terms, and the air's transmission.
 #include "measure/irpara.h"
+#include "measure/literal.h"
 #include "measure/radiometry.h"
 #include "measure/tablelookup.h"
 #include "support/host.h"
@@ -36,7 +37,8 @@ TEST(Table, startsWithTwoEntries) {
 
 TEST(Table, termsFollowTheTemperaturesAndTheTable) {
     IRPara para;
-    para.setShutterTemp(30);
+    EXPECT_EQ(joined(para.setShutterTemp(30), para.calShutterDeltaAD(), para.calSensorDeltaAD()),
+              "1 1 1");
     EXPECT_EQ(para.readShutterDeltaAD(), -2135.5215F);
     EXPECT_NEAR(para.calTemp(32768 - 2135).temp, 30.0127, 1e-4);
     const TempInfoTab first = para.getADToTempTab();
@@ -80,16 +82,41 @@ TEST(Table, whatNoSegmentHoldsIsOutside) {
     EXPECT_EQ(text(irmcore::adToTableTemp(two, 999)), "L -4001");
     EXPECT_EQ(text(irmcore::adToTableTemp(two, 2001)), "H 4001");
     for (const TempInfoTab& tab : {table({}), table({{20, 1000}})})
-        EXPECT_EQ(text(irmcore::adToTableTemp(tab, 1000)), "L -4001");
+        EXPECT_EQ(text(irmcore::adToTableTemp(tab, 1000)) + ' ' +
+                      joined(irmcore::literal::findTemp(tab, 1000).celsius),
+                  "L -4001 -4001");
     EXPECT_STREQ(irmcore::tempToTableAd(table({}), 20).status, "L");
     // Neighbours alike: the lower one holds. 25 °C is the same in the table.
     EXPECT_EQ(text(irmcore::adToTableTemp(table({{25, 1000}, {40, 1000}}), 1000)), "OK 25");
     EXPECT_EQ(irmcore::tempToTableAd(table({{25, 2000}, {25, 3000}, {30, 4000}}), 25).ad, 2000);
-    EXPECT_EQ(irmcore::tableDeltaAd(table({{30, 1000}, {40, 2000}}), 10), 0); // no slope
+    EXPECT_EQ(irmcore::tableDeltaAd(table({{30, 1000}, {40, 2000}}), 10), 0);     // no slope
+    EXPECT_EQ(irmcore::tableDeltaAd(table({{0, 30000}, {25, 40000}}), 25), 7232); // its last
+    const TempInfoTab falling = table({{10, 3000}, {20, 2000}});
+    EXPECT_EQ(text(irmcore::adToTableTemp(falling, 3000)), "H 4001");
+    EXPECT_EQ(text(irmcore::adToTableTemp(falling, 2999)), "L -4001");
     Entries full;
     for (int i = 0; i < 60; ++i)
         full.emplace_back(10 * i - 300, 1000 + i);
     EXPECT_EQ(text(irmcore::adToTableTemp(table(full), 1059)), "OK 283.3985");
+}
+
+TEST(Table, countsInTheLastSegmentAreFoundAsAnyOther) {
+    TempInfoTab rising = table({{0, 1000}, {10, 2000}, {20, 2000}, {30, 3000}, {40, 4000}});
+    rising.minAD = 1500;
+    rising.maxAD = 3500;
+    const TempInfoTab falling = table({{0, 2000}, {10, 3000}, {20, 2500}, {30, 4000}});
+    const std::tuple<const TempInfoTab&, unsigned, unsigned, float> cases[] = {
+        {rising, 2500, 2000, 10},     {rising, 2500, 2001, 20.01F}, {rising, 2500, 3000, 30},
+        {rising, 2500, 3001, 30.01F}, {rising, 1600, 1499, -4001},  {rising, 1600, 1500, 5},
+        {rising, 3400, 3501, 4001},   {rising, 3400, 3500, 35},     {rising, 1499, 2500, 25},
+        {falling, 3500, 2700, 7}, // in the first segment that holds it
+    };
+    for (const auto& [tab, before, ad, celsius] : cases) {
+        irmcore::TableCursor cursor(tab);
+        cursor.find(before);
+        EXPECT_EQ(cursor.find(ad).celsius, celsius) << before << ' ' << ad;
+        EXPECT_EQ(irmcore::literal::findTemp(tab, ad).celsius, celsius) << ad;
+    }
 }
 
 TEST(Table, noTableGivesAReadingThatIsNoNumber) {
