@@ -41,8 +41,10 @@ bool Driver::roundIsDue(float sensor) const {
            m_clock() - m_timeOfRound >= longestWait;
 }
 
+bool Driver::roundIsDue() { return roundIsDue(sensorTemp()); }
+
 void Driver::beforeReadings() {
-    if (roundIsDue(sensorTemp()))
+    if (roundIsDue())
         calibrationRound();
     if (m_habits.updatesDelta)
         m_host.updateDeltaTemp();
@@ -53,6 +55,10 @@ void Driver::calibrationRound() {
         m_host.insideShutter();
     if (m_habits.waitsForCore)
         ::usleep(coreTime);
+    takeTemperatures();
+}
+
+void Driver::takeTemperatures() {
     if (m_habits.updatesSensor)
         m_host.updateSensorTemp(true);
     if (m_habits.updatesShutter)

@@ -31,7 +31,13 @@ public:
     void beforeReadings();
     /// Has the core calibrate, and takes the temperatures that belong to it.
     void calibrationRound();
+    /// Whether it is time for a round, by the sensor's temperature as it is now.
+    bool roundIsDue();
+    /// The second half of a round, for a host that does not wait in here: the core has calibrated
+    /// and is done.
+    void takeTemperatures();
     int rounds() const { return m_rounds; }
+    double timeOfRound() const { return m_timeOfRound; } ///< s, of the clock
 
 private:
     bool roundIsDue(float sensor) const;

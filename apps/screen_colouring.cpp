@@ -31,24 +31,32 @@ Rgb rgbOf(std::uint8_t y, std::uint8_t cb, std::uint8_t cr) {
             channel(luma + 2.017232 * (cb - 128))};
 }
 
-Colouring::Colouring(irmsim::Board& board) {
-    std::array<std::uint8_t, reg::colorTable.length> table{};
-    board.read(reg::colorTable.address, table.data(), table.size());
+ColourState colourStateOf(irmsim::Board& board) {
+    ColourState state;
+    board.read(reg::colorTable.address, state.table.data(), state.table.size());
+    const bool ownWindow = registerValue(board, reg::windowControl) == 0xFF;
+    state.level =
+        ownWindow ? registerValue(board, reg::fpgaLevel) : registerValue(board, reg::level);
+    state.gain = ownWindow ? registerValue(board, reg::fpgaGain) : registerValue(board, reg::gain);
+    state.isotherm = (registerValue(board, reg::isoEnable) & 1U) != 0;
+    state.saturation = fieldValue(board, reg::saturation) != 0;
+    state.isoType = registerValue(board, reg::isoType);
+    state.isoMin = registerValue(board, reg::isoMin);
+    state.isoMax = registerValue(board, reg::isoMax);
+    return state;
+}
+
+Colouring::Colouring(const ColourState& state)
+    : m_level(state.level), m_gain(state.gain), m_isotherm(state.isotherm),
+      m_saturation(state.saturation), m_isoType(state.isoType), m_isoMin(state.isoMin),
+      m_isoMax(state.isoMax) {
     for (std::size_t i = 0; i < m_colours.size(); ++i) {
-        const std::uint8_t* yuv = &table[4 * i];
+        const std::uint8_t* yuv = &state.table[4 * i];
         const bool overlay = i == saturationEntry || i == lineEntry;
         if (overlay && yuv[0] == 0 && yuv[1] == 0 && yuv[2] == 0)
             yuv = overlayColours[i - saturationEntry];
         m_colours[i] = rgbOf(yuv[0], yuv[1], yuv[2]);
     }
-    const bool ownWindow = registerValue(board, reg::windowControl) == 0xFF;
-    m_level = ownWindow ? registerValue(board, reg::fpgaLevel) : registerValue(board, reg::level);
-    m_gain = ownWindow ? registerValue(board, reg::fpgaGain) : registerValue(board, reg::gain);
-    m_isotherm = (registerValue(board, reg::isoEnable) & 1U) != 0;
-    m_isoType = registerValue(board, reg::isoType);
-    m_isoMin = registerValue(board, reg::isoMin);
-    m_isoMax = registerValue(board, reg::isoMax);
-    m_saturation = fieldValue(board, reg::saturation) != 0;
 }
 
 Rgb Colouring::of(std::uint16_t ad) const {

@@ -30,11 +30,26 @@ inline unsigned fieldValue(irmsim::Board& board, const reg::Field& f) {
     return (registerValue(board, f.byte) & f.mask()) >> f.shift;
 }
 
-/// How the FPGA colours counts: its window, colour table, isotherm and saturation display at the
-/// moment of construction. Reentrant.
+/// What decides how the FPGA colours counts.
+struct ColourState {
+    std::array<std::uint8_t, reg::colorTable.length> table{};
+    std::uint32_t level = 0; ///< AD
+    std::uint32_t gain = 0;  ///< as in the register
+    bool isotherm = false;
+    bool saturation = false;
+    std::uint32_t isoType = 0;
+    std::uint32_t isoMin = 0; ///< AD
+    std::uint32_t isoMax = 0; ///< AD
+};
+/// As the registers say now.
+ColourState colourStateOf(irmsim::Board& board);
+
+/// How the FPGA colours counts. Reentrant.
 class Colouring {
 public:
-    explicit Colouring(irmsim::Board& board);
+    explicit Colouring(const ColourState& state);
+    /// By the registers at the moment of construction.
+    explicit Colouring(irmsim::Board& board) : Colouring(colourStateOf(board)) {}
 
     Rgb of(std::uint16_t ad) const;
 

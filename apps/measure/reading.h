@@ -9,6 +9,8 @@
 #include <optional>
 #include <vector>
 
+class FPGA;
+
 namespace irmcore::app::measuring {
 
 /// One temperature.
@@ -35,6 +37,10 @@ struct ThermalFrame {
     /// Pixels that are not "OK".
     int notOk() const;
 };
+
+/// Reads the present frame and its temperatures by the camera's own parameters: 384x288 if `big`,
+/// else 160x120. Nothing when it does not come whole.
+std::optional<ThermalFrame> readThermalFrame(FPGA& host, bool big);
 
 /// The word for a status of `FPGA::getFrameTemp`.
 QString statusName(unsigned char status);

@@ -2,7 +2,6 @@
 // from its raw counts.
 #include "session.h"
 
-#include <algorithm>
 #include <array>
 
 namespace irmcore::app::measuring {
@@ -51,21 +50,6 @@ std::vector<Measured> summaryOf(const ThermalFrame& frame) {
 
 } // namespace
 
-QString statusName(unsigned char status) {
-    constexpr std::array names{"OK", "L", "LE", "HE", "H"};
-    return QString::fromLatin1(status < names.size() ? names[status] : "NULL");
-}
-
-Measured ThermalFrame::at(Pixel pixel) const {
-    const std::size_t i = index(pixel);
-    return {pixel, counts[i], statusName(status[i]), static_cast<double>(celsius[i])};
-}
-
-int ThermalFrame::notOk() const {
-    return static_cast<int>(
-        std::count_if(status.begin(), status.end(), [](unsigned char s) { return s != 0; }));
-}
-
 bool Session::readArea(int number, const Span& span, std::vector<Finding>& to) {
     _area rectangle{{word(span.from.x), word(span.from.y), word(span.to.x), word(span.to.y)}};
     _area_val counts{};
@@ -89,30 +73,10 @@ bool Session::readArea(int number, const Span& span, std::vector<Finding>& to) {
 }
 
 bool Session::readFrame(Batch& batch, QString& error) {
-    ThermalFrame frame;
-    frame.width = m_plan.width;
-    frame.height = m_plan.height;
-    const std::size_t pixels =
-        static_cast<std::size_t>(m_plan.width) * static_cast<std::size_t>(m_plan.height);
-    frame.counts.assign(pixels, 0);
-    frame.celsius.resize(pixels);
-    frame.status.resize(pixels);
-    const bool big = m_plan.width == 384;
-    const std::size_t part = big ? pixels / 8 : pixels;
-    if (big)
-        m_host->fpga_read_IRAD_384(frame.counts.data());
-    else
-        m_host->fpga_read_IRAD(frame.counts.data());
-    // Nothing else tells of a part that did not come, or not whole.
-    for (std::size_t last = part - 1; last < pixels; last += part)
-        if (frame.counts[last] == 0) {
-            error = QStringLiteral("the frame did not come whole");
-            return false;
-        }
-    m_host->getFrameTemp(frame.counts.data(), static_cast<int>(pixels), PARA_SYSTEM, {},
-                         frame.celsius.data(), frame.status.data());
-    batch.frame = std::move(frame);
-    return true;
+    batch.frame = readThermalFrame(*m_host, m_plan.width == 384);
+    if (!batch.frame)
+        error = QStringLiteral("the frame did not come whole");
+    return batch.frame.has_value();
 }
 
 bool Session::readPlaces(Batch& batch, QString& error) {
