@@ -48,6 +48,11 @@ file(RELATIVE_PATH from_bin_to_lib ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_
 set_target_properties(irmcore-command PROPERTIES INSTALL_RPATH "$ORIGIN/${from_bin_to_lib}")
 install(TARGETS irmcore EXPORT irmcore)
 install(TARGETS irmcore-command)
+if(TARGET irmcore-view)
+  set_target_properties(irmcore-view PROPERTIES INSTALL_RPATH "$ORIGIN/${from_bin_to_lib}")
+  install(TARGETS irmcore-view)
+  install(FILES apps/view/irmcore-view.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
+endif()
 if(TARGET irmcore-sim)
   install(TARGETS irmcore-sim LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/irmcore)
 endif()
@@ -83,12 +88,16 @@ install(FILES ${PROJECT_BINARY_DIR}/install/irmcore.pc
 # Man pages, made from what the commands say of themselves: for that they have to run here.
 find_program(IRMCORE_HELP2MAN help2man)
 if(IRMCORE_HELP2MAN AND NOT CMAKE_CROSSCOMPILING)
+  if(TARGET irmcore-view)
+    set(viewer $<TARGET_FILE:irmcore-view>)
+    set(viewer_target irmcore-view)
+  endif()
   add_custom_command(OUTPUT ${PROJECT_BINARY_DIR}/man/stamp
     COMMAND ${PROJECT_SOURCE_DIR}/man/make-pages ${IRMCORE_HELP2MAN} ${PROJECT_VERSION}
-            ${PROJECT_BINARY_DIR}/man $<TARGET_FILE:irmcore-command>
-    DEPENDS irmcore-command man/make-pages man/irmcore.h2m man/irmcore-check.h2m man/irmcore-demo.h2m
+            ${PROJECT_BINARY_DIR}/man $<TARGET_FILE:irmcore-command> ${viewer}
+    DEPENDS irmcore-command ${viewer_target} man/make-pages man/irmcore.h2m man/irmcore-check.h2m man/irmcore-demo.h2m
             man/irmcore-calibrate.h2m man/irmcore-diff.h2m man/irmcore-explain.h2m
-            man/irmcore-measure.h2m man/irmcore-plot.h2m
+            man/irmcore-measure.h2m man/irmcore-plot.h2m man/irmcore-view.h2m
     COMMENT "Man pages" VERBATIM)
   add_custom_target(man ALL DEPENDS ${PROJECT_BINARY_DIR}/man/stamp)
   install(DIRECTORY ${PROJECT_BINARY_DIR}/man/ DESTINATION ${CMAKE_INSTALL_MANDIR}/man1

@@ -25,9 +25,11 @@ if [ -e "$build/man/stamp" ]; then
         [ -e "$pages/irmcore-$command.1" ] || fail "no page for $command"
     done
     for page in "$pages"/*.1; do
-        read -ra words <<<"$(basename "$page" .1 | tr '-' ' ')"
+        name=$(basename "$page" .1)
+        read -ra words <<<"$(tr '-' ' ' <<<"$name")"
+        [ ! -x "$prefix/bin/$name" ] || words=("$name")
         shown=$(sed 's/\\-/-/g; s/\\f.//g' "$page")
-        for option in $("$prefix/bin/irmcore" "${words[@]:1}" --help | grep -o '^ *--[a-z-]*'); do
+        for option in $("$prefix/bin/${words[0]}" "${words[@]:1}" --help | grep -o '^ *--[a-z-]*'); do
             grep -q -- "^$option\b" <<<"$shown" || fail "$option is not in $page"
         done
     done
