@@ -79,7 +79,7 @@ TEST(Ended, linksLeaveNothingAndWaitForNoAnswer) {
     double longest = 0;
     const Outcome silent = silentLinksEnd(4, longest);
     EXPECT_TRUE(silent.good) << silent.figures;
-    EXPECT_LT(longest, 2); // a silent core is waited for 20 s
+    EXPECT_LT(longest, 15); // s; a silent core would be waited for 20
 }
 
 } // namespace

@@ -71,13 +71,17 @@ class Place(unittest.TestCase):
     def view(self, *words):
         return finish(start(self.place, *words))
 
-    def ended(self, number, *words, program=(VIEW,), after=0.5):
-        """Starts it, and has a signal end it some time after it has entered the camera's directory."""
+    def under_way(self, *words, program=(VIEW,), after=0.5):
+        """Starts it, and waits until some time after it has entered the camera's directory."""
         process = start(self.place, *words, program=program)
         patience = time.monotonic() + 60
         while os.path.samefile(f"/proc/{process.pid}/cwd", self.place) and time.monotonic() < patience:
             time.sleep(0.05)
         time.sleep(after)
+        return process
+
+    def ended(self, number, *words, program=(VIEW,)):
+        process = self.under_way(*words, program=program)
         process.send_signal(number)
         return finish(process)
 
@@ -110,8 +114,7 @@ class Program(Place):
         nothing.write_bytes(RECORDING.read_bytes()[:200])
         picture = self.place / "x.png"
         unwritable = start(self.place, *SMALL, "--screenshot", "/nowhere/x.png")
-        broken_off = start(self.place, *SMALL, "--screenshot", picture)
-        time.sleep(2.0)
+        broken_off = self.under_way(*SMALL, "--screenshot", picture)
         broken_off.send_signal(signal.SIGTERM)
         code, out, err = finish(unwritable)
         self.assertEqual((code, out), (2, ""))
@@ -123,9 +126,10 @@ class Program(Place):
         silent = self.place / "silent"
         silent.write_text("at 00:00:00 core silent\n")
         for number, words in ((signal.SIGINT, []), (signal.SIGTERM, ["--scenario", silent]), (signal.SIGHUP, [])):
+            process = self.under_way(*SMALL, *words, after=2.0)
             begun = time.monotonic()
-            code, _, _ = self.ended(number, *SMALL, *words, after=2.0)
-            self.assertEqual(code, 0, number)
+            process.send_signal(number)
+            self.assertEqual(finish(process)[0], 0, number)
             self.assertLess(time.monotonic() - begun, 18.0)  # a silent core is waited for 20 s
             self.assertTrue(self.conf.exists())
             self.conf.unlink()
