@@ -34,9 +34,14 @@ need() {
 }
 
 # Configures a preset and builds it, or only the targets named after it. Everything it says goes to
-# standard error.
+# standard error. Two at once would spoil the build directory: the second waits.
 build() {
     local preset=$1
     shift
-    (cd "$root" && cmake --preset "$preset" && cmake --build --preset "$preset" ${1:+--target "$@"}) >&2
+    mkdir -p "$root/build"
+    (
+        flock 9
+        cd "$root"
+        cmake --preset "$preset" && cmake --build --preset "$preset" ${1:+--target "$@"}
+    ) >&2 9>"$root/build/$preset.lock"
 }
