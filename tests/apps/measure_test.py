@@ -313,7 +313,8 @@ class OnDevices(Place):
         if not os.path.exists("/dev/DM365-FPGA"):
             self.assertEqual((done.returncode, done.stdout), (2, ""))
             self.assertIn("irmcore: no camera: /dev/DM365-FPGA: No such file", done.stderr)
-        script = self.file("s", GONE)
+        # Away from 4 to 5.5 s of the wall clock, a second each reading: seconds to start, and to come back.
+        script = self.file("s", "at 00:00:16 device gone\nat 00:00:22 device back\n")
         done = self.real("--every", "1", "--count", "9", "--csv", "--spot", "5,5", code=2,
                          camera=("--scenario", script, "--clock", "wall:4"))
         numbers = [int(r["reading"]) for r in csv.DictReader(io.StringIO(done.stdout))]
