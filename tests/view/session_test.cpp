@@ -314,11 +314,11 @@ TEST(Session, TransfersThatFailInARoundGiveNoWrongReading) {
 TEST(Session, SaysThatAFrameDidNotComeWhole) {
     // The second part of eight of a large frame, and the end of a small one.
     for (const bool big : {true, false}) {
-        Source source = smallCamera(4);
+        Source source = smallCamera(hurry(4));
         if (big)
             source.plan.scene = {};
-        source.plan.events = {at(4.0, What::transfer, {1, EIO, 0, 1}),
-                              at(8.0, What::transfer, {0, 0, 0, 0})};
+        source.plan.events = {at(8.0, What::transfer, {1, EIO, 0, 1}),
+                              at(12.0, What::transfer, {0, 0, 0, 0})};
         Looker looker(source);
         const auto before = looker.settle();
         ASSERT_NE(before, nullptr);
