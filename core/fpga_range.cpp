@@ -15,7 +15,7 @@ namespace {
 /// The reference temperature that was stored with the calibration.
 float calibratedVskTemp() {
     settings::File file(settings::file);
-    file->beginGroup(QLatin1String(settings::calibrationGroup));
+    file.beginGroup(settings::calibrationGroup);
     return file.number(settings::vskTemp, settings::defaultVskTemp);
 }
 

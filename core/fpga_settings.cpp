@@ -18,7 +18,7 @@ void readSetup(const settings::File& file, TempSetup& setup) {
 
 void FPGA::setSystemTempPara() {
     settings::File file(settings::file);
-    file->beginGroup(QLatin1String(settings::parameterGroup));
+    file.beginGroup(settings::parameterGroup);
     readSetup(file, m_sysTempSetup);
     setEnvTemp(file.number(settings::envTemp, settings::defaultEnvTemp));
     setHumid(file.number(settings::humid, settings::defaultHumid));
@@ -28,7 +28,7 @@ void FPGA::setSystemTempPara() {
 
 void FPGA::readTempSetup() {
     settings::File file(settings::file);
-    file->beginGroup(QLatin1String(settings::parameterGroup));
+    file.beginGroup(settings::parameterGroup);
     readSetup(file, m_sysTempSetup);
     m_fileTempSetup = m_sysTempSetup;
 }

@@ -34,11 +34,11 @@ FPGA::FPGA()
 
 void FPGA::init() {
     settings::File file(settings::file);
-    file->beginGroup(QLatin1String(settings::calibrationGroup));
+    file.beginGroup(settings::calibrationGroup);
     const int intTime =
         file.integer(QString::fromLatin1(settings::intTime).arg(m_tempRange),
                      m_tempRange == 0 ? settings::defaultIntTimeLow : settings::defaultIntTimeHigh);
-    file->endGroup();
+    file.endGroup();
     const unsigned short sentTime = irmcore::low16(static_cast<unsigned int>(intTime));
 
     if (m_coreVersionNum == 1) {

@@ -4,6 +4,7 @@
 
 #include <QThread>
 
+#include <cerrno>
 #include <chrono>
 #include <cmath>
 #include <cstddef>
@@ -11,6 +12,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <limits>
+#include <new>
 #include <system_error>
 #include <unistd.h>
 
@@ -23,9 +25,15 @@ static_assert(std::numeric_limits<float>::is_iec559);
 
 namespace {
 
-/// Whether a file can be read to its end; says why not. QSettings takes one that cannot for an
-/// empty one, and remembers that for as long as size and time stamp stay the same. What has been
-/// read here lies in memory when QSettings reads it.
+/// Says why a file counts as missing.
+void report(const char* path, int error) {
+    errno = error;
+    std::perror(path);
+}
+
+/// Whether a file can be read to its end, and has not more than `largestFile` bytes; says why not.
+/// QSettings takes one that cannot for an empty one, and remembers that for as long as size and
+/// time stamp stay the same. What has been read here lies in memory when QSettings reads it.
 bool readable(const char* path) {
     struct Descriptor {
         int fd;
@@ -39,11 +47,13 @@ bool readable(const char* path) {
     const Descriptor file{fd};
     char part[4096];
     ssize_t n = 0;
+    ssize_t size = 0;
     do {
         n = ::read(file.fd, part, sizeof part);
-    } while (n > 0);
-    if (n < 0)
-        std::perror(path);
+        size += n;
+    } while (n > 0 && size <= largestFile);
+    if (n != 0)
+        report(path, n < 0 ? errno : EFBIG);
     return n == 0;
 }
 
@@ -54,17 +64,21 @@ QString settled(const char* path) {
     namespace fs = std::filesystem;
     using std::chrono::floor, std::chrono::microseconds;
     constexpr microseconds resolution = 20ms; // time stamps come from a tick of at most 10 ms
-    std::error_code missing;
-    const auto written = fs::last_write_time(path, missing);
-    if (missing == std::errc::no_such_file_or_directory || missing == std::errc::not_a_directory)
+    std::error_code error;
+    const auto written = fs::last_write_time(path, error);
+    if (error == std::errc::no_such_file_or_directory || error == std::errc::not_a_directory)
         return QString::fromUtf8(path);
+    const bool regular = !error && fs::is_regular_file(path, error);
+    if (error) {
+        report(path, error.value());
+        return {};
+    }
     // In microseconds the difference of any two times fits.
     const auto age =
         floor<microseconds>(fs::file_time_type::clock::now()) - floor<microseconds>(written);
-    if (!missing && age >= 0ms && age < resolution)
+    if (age >= 0ms && age < resolution)
         QThread::usleep(static_cast<unsigned long>((resolution - age).count()));
-    return fs::is_regular_file(path, missing) && readable(path) ? QString::fromUtf8(path)
-                                                                : QString();
+    return regular && readable(path) ? QString::fromUtf8(path) : QString();
 }
 
 /// The low 16 bits of a hexadecimal text.
@@ -76,35 +90,49 @@ unsigned short lowHexadecimal(const QVariant& value) {
 
 File::File(const char* path) : m_settings(settled(path), QSettings::NativeFormat) {}
 
-int File::integer(const QString& key, int fallback) const {
-    return m_settings.value(key, fallback).toInt();
+QVariant File::value(const QString& key, const QVariant& fallback) const {
+    try {
+        return m_settings.value(key, fallback);
+    } catch (const std::bad_alloc&) {
+        return fallback;
+    }
 }
 
+QStringList File::keys() const {
+    try {
+        return m_settings.allKeys();
+    } catch (const std::bad_alloc&) {
+        return {};
+    }
+}
+
+int File::integer(const QString& key, int fallback) const { return value(key, fallback).toInt(); }
+
 float File::number(const QString& key, double fallback) const {
-    const QVariant value = m_settings.value(key, fallback);
-    if (value.userType() == QMetaType::QString) {
-        const QString text = value.toString();
+    const QVariant found = value(key, fallback);
+    if (found.userType() == QMetaType::QString) {
+        const QString text = found.toString();
         const QStringView view(text);
         if (const auto plain =
                 irmcore::plainNumber({view.utf16(), static_cast<std::size_t>(view.size())}))
             return static_cast<float>(*plain);
     }
-    const double read = value.toDouble();
+    const double read = found.toDouble();
     return std::isnan(read) ? 0.0F : static_cast<float>(read);
 }
 
 unsigned short File::hexadecimal(const QString& key, const char* fallback) const {
-    return lowHexadecimal(m_settings.value(key, QLatin1String(fallback)));
+    return lowHexadecimal(value(key, QLatin1String(fallback)));
 }
 
 std::optional<unsigned short> File::hexadecimal(const QString& key) const {
-    const QVariant value = m_settings.value(key);
-    return value.isValid() ? std::optional(lowHexadecimal(value)) : std::nullopt;
+    const QVariant found = value(key);
+    return found.isValid() ? std::optional(lowHexadecimal(found)) : std::nullopt;
 }
 
 int storedTempRange() {
     File parameters(settings::file);
-    parameters->beginGroup(QLatin1String(calibrationGroup));
+    parameters.beginGroup(calibrationGroup);
     return parameters.integer(QLatin1String(tempRange), defaultTempRange);
 }
 

@@ -2,15 +2,22 @@
 
 #include <QSettings>
 #include <QString>
+#include <QStringList>
+#include <QVariant>
 
 #include <optional>
 
 /// The configuration files: every group, key and default, once. All paths are relative to the
-/// working directory; a missing file or key is no error and gives the default. A regular
-/// file that cannot be read counts as missing that once, and standard error says why; what is no
-/// regular file counts as missing. A value that is there but is
-/// no number ("nan" is none) reads as 0. The library only reads these files.
+/// working directory; a missing file or key is no error and gives the default. A file that
+/// cannot be read or is too large counts as missing that once, and standard error says why; what is
+/// no regular file counts as missing. A value that is there but is no number ("nan" is none) reads
+/// as 0. The library only reads these files.
 namespace irmcore::settings {
+
+/// Bytes of a file, at most: ten times the fullest of them. It bounds what QSettings makes of one,
+/// which takes all of it into memory, looks through the rest of it at every "[", and follows lists
+/// within lists, eight bytes each, as deep as they go (at this size some 2 MB of stack).
+inline constexpr int largestFile = 32768;
 
 // clang-format off
 
@@ -94,7 +101,13 @@ public:
     unsigned short hexadecimal(const QString& key, const char* fallback) const;
     /// The same; nothing when the key is missing.
     std::optional<unsigned short> hexadecimal(const QString& key) const;
-    QSettings* operator->() { return &m_settings; }
+    /// What the file has for a key. The fallback also where it claims to be a list longer than
+    /// memory: Qt 5 throws then.
+    QVariant value(const QString& key, const QVariant& fallback = {}) const;
+    /// The keys of the group and of those within it; none where Qt 5 throws.
+    QStringList keys() const;
+    void beginGroup(const char* name) { m_settings.beginGroup(QLatin1String(name)); }
+    void endGroup() { m_settings.endGroup(); }
 
 private:
     QSettings m_settings;

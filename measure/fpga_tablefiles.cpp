@@ -26,9 +26,9 @@ Path tablePath(const char* format, int lens, int range) {
 
 /// Whether the file has entries enough to be a table.
 bool hasTable(settings::File& file) {
-    file->beginGroup(QLatin1String(settings::entryGroup));
-    const auto entries = file->allKeys().size();
-    file->endGroup();
+    file.beginGroup(settings::entryGroup);
+    const auto entries = file.keys().size();
+    file.endGroup();
     return entries >= 2;
 }
 
@@ -44,7 +44,7 @@ std::int64_t firstKey(std::int64_t minTemp) {
 
 /// Reads what a table file holds.
 void readFile(settings::File& file, TempInfoTab& tab) {
-    file->beginGroup(QLatin1String(settings::scalarGroup));
+    file.beginGroup(settings::scalarGroup);
     tab.maxAD = file.hexadecimal(QLatin1String(settings::maxAd), settings::defaultMaxAd);
     tab.minAD = file.hexadecimal(QLatin1String(settings::minAd), settings::defaultMinAd);
     tab.baseTemp = static_cast<std::int16_t>(
@@ -55,10 +55,10 @@ void readFile(settings::File& file, TempInfoTab& tab) {
         std::clamp(file.integer(QLatin1String(settings::tempNum), settings::defaultTempNum), 0,
                    irmcore::tableCapacity);
     tab.tempNum = static_cast<std::uint16_t>(count);
-    file->endGroup();
+    file.endGroup();
 
     // Temperatures that an entry cannot hold are passed over, so that the scan stays short.
-    file->beginGroup(QLatin1String(settings::entryGroup));
+    file.beginGroup(settings::entryGroup);
     const std::int64_t last =
         std::min<std::int64_t>(maxTemp, std::numeric_limits<std::int16_t>::max());
     int n = 0;
@@ -69,7 +69,7 @@ void readFile(settings::File& file, TempInfoTab& tab) {
             ++n;
         }
     }
-    file->endGroup();
+    file.endGroup();
 }
 
 } // namespace

@@ -146,6 +146,14 @@ FileState stateOf(const QString& path, const char* taken, Findings& findings) {
                             QString::fromLatin1(taken)});
         return FileState::unusable;
     }
+    if (info.size() > settings::largestFile) {
+        findings.push_back({path, 0, Severity::error, "too-large",
+                            QStringLiteral("%1 bytes, of which %2 are too many")
+                                .arg(info.size())
+                                .arg(info.size() - settings::largestFile),
+                            QString::fromLatin1(taken)});
+        return FileState::unusable;
+    }
     return FileState::file;
 }
 

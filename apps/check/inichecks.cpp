@@ -94,7 +94,7 @@ void Ini::checkKeysAgree() {
     QSet<QString> scanned;
     for (const IniEntry& entry : m_lines.entries)
         scanned.insert(entry.path);
-    const QStringList keys = m_values->allKeys();
+    const QStringList keys = m_values.keys();
     for (const QString& key : keys)
         if (!scanned.contains(key))
             add(0, Severity::warning, "key-not-located",
@@ -107,12 +107,12 @@ bool Ini::examinable(const QString& key) const {
 }
 
 bool Ini::isList(const QString& key) {
-    const int type = m_values->value(key).userType();
+    const int type = m_values.value(key).userType();
     return type == QMetaType::QStringList || type == QMetaType::QVariantList;
 }
 
 QString Ini::shown(const QString& key) {
-    const QVariant value = m_values->value(key);
+    const QVariant value = m_values.value(key);
     return isList(key) ? value.toStringList().join(QLatin1Char(',')) : value.toString();
 }
 
@@ -139,7 +139,7 @@ std::optional<double> Ini::number(const QString& key, double fallback) {
     if (!examinable(key))
         return std::nullopt;
     bool ok = false;
-    const double value = m_values->value(key).toDouble(&ok);
+    const double value = m_values.value(key).toDouble(&ok);
     const auto taken = static_cast<double>(m_values.number(key, fallback));
     if (ok && !std::isnan(value))
         return taken;
@@ -151,9 +151,9 @@ std::optional<int> Ini::whole(const QString& key, int fallback) {
     if (!examinable(key))
         return std::nullopt;
     bool ok = false;
-    m_values->value(key).toInt(&ok);
+    m_values.value(key).toInt(&ok);
     const int taken = m_values.integer(key, fallback);
-    const qlonglong wide = m_values->value(key).toLongLong();
+    const qlonglong wide = m_values.value(key).toLongLong();
     if (ok && wide == taken)
         return taken;
     if (ok)
@@ -170,7 +170,7 @@ std::optional<int> Ini::word(const QString& key, int fallback) {
     if (!examinable(key))
         return std::nullopt;
     bool ok = false;
-    const qlonglong wide = m_values->value(key).toLongLong(&ok);
+    const qlonglong wide = m_values.value(key).toLongLong(&ok);
     if (!ok || (wide >= 0 && wide <= wordMax))
         return whole(key, fallback);
     const auto taken = static_cast<unsigned>(m_values.integer(key, fallback)) & 0xFFFFU;
@@ -182,7 +182,7 @@ std::optional<int> Ini::hexadecimal(const QString& key, const char* fallback) {
     if (!examinable(key))
         return std::nullopt;
     bool ok = false;
-    const qlonglong value = m_values->value(key).toString().toLongLong(&ok, 16);
+    const qlonglong value = m_values.value(key).toString().toLongLong(&ok, 16);
     const int taken = m_values.hexadecimal(key, fallback);
     const QString text =
         QStringLiteral("0x%1").arg(QString::number(taken, 16).toUpper(), 4, QLatin1Char('0'));

@@ -114,7 +114,7 @@ private:
         if (!(factor > lowest && factor < highest))
             m_ini.add(lineOf(k), Severity::error, "factor-out-of-bounds",
                       QStringLiteral("%1 is above 0.1 and below 3, not %2")
-                          .arg(key, m_ini.values()->value(key).toString()),
+                          .arg(key, m_ini.values().value(key).toString()),
                       takenAt(k));
         return true;
     }

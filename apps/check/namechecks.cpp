@@ -76,7 +76,7 @@ private:
     /// What the library takes for a key that is written elsewhere or otherwise.
     QString takenFor(const QString& path) {
         if (m_ini.lines().find(path) != nullptr)
-            return m_ini.values()->value(path).toString();
+            return m_ini.values().value(path).toString();
         const KnownKey* key = known(path);
         return key == nullptr ? QString() : key->fallback;
     }

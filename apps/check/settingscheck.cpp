@@ -93,7 +93,7 @@ void outOfRange(Ini& ini, const QString& path, const char* rule, const QString& 
     ini.add(ini.lines().lineOf(path), Severity::error, "out-of-range",
             QStringLiteral("%1 is %2, not '%3'")
                 .arg(path.mid(path.lastIndexOf(QLatin1Char('/')) + 1), QString::fromUtf8(rule),
-                     ini.values()->value(path).toString()),
+                     ini.values().value(path).toString()),
             taken);
 }
 
@@ -101,7 +101,7 @@ void unlikely(Ini& ini, const QString& path, const char* rule, const QString& ta
     ini.add(ini.lines().lineOf(path), Severity::warning, "unlikely",
             QStringLiteral("%1: '%2' is hardly %3")
                 .arg(path.mid(path.lastIndexOf(QLatin1Char('/')) + 1),
-                     ini.values()->value(path).toString(), QString::fromUtf8(rule)),
+                     ini.values().value(path).toString(), QString::fromUtf8(rule)),
             taken);
 }
 

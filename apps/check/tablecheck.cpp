@@ -184,8 +184,8 @@ std::optional<Table> checkTable(FPGA& host, const QString& path, int range, Find
 
 bool hasEntries(const QString& path) {
     settings::File file(path.toUtf8().constData());
-    file->beginGroup(QLatin1String(settings::entryGroup));
-    return file->allKeys().size() >= 2;
+    file.beginGroup(settings::entryGroup);
+    return file.keys().size() >= 2;
 }
 
 } // namespace irmcore::app::check

@@ -132,6 +132,7 @@ FAULTS = [
     (put(S, "Humid=0.6", "Humid = \"0.6\" ; percent / 100"),),
     # Files.
     (remove(S), (S, None, W, "missing-file", "a file without keys: every default")),
+    (put(S, "[GlobalPara]", ";" * 32769 + "\n[GlobalPara]"), (S, None, E, "too-large", "a file without keys")),
     (folder(S), (S, None, E, "not-a-file", "a file without keys")),
     (rename(S, "Parameter/Settings"), (S, None, W, "missing-file", "a file without keys: every default"),
      ("Parameter/Settings", None, W, "stray-file", None)),

@@ -89,6 +89,44 @@ TEST_F(Settings, aSetupThatIsOnlyReadIsNotApplied) {
     EXPECT_EQ(text(m_tempsetup), "0 0 0 0");
 }
 
+TEST_F(Settings, aFileThatCannotBeTakenCountsAsMissing) {
+    const auto upTo = [](std::size_t bytes, std::string text) {
+        return text + std::string(bytes - text.size(), ';');
+    };
+    const std::string plain = "[GlobalPara]\nEmiss=0.5\nDistan=1\n";
+    const auto listOf = [](std::size_t depth) { // of one list of one list of ...
+        std::string text = "[GlobalPara]\nEmiss=@Variant(";
+        for (std::size_t i = 0; i < depth; ++i)
+            text.append("\0\0\0\x9\0\0\0\x1", 8);
+        return text + ")\n";
+    };
+    const char longest[] = R"([GlobalPara]
+Emiss=@Variant(\0\0\0\x9\x7f\xff\xff\xff)
+)";
+    const struct {
+        const char* what;
+        std::string content;
+        const char *errors, *setup;
+    } cases[] = {
+        {"as large as one may be", upTo(32768, plain), "", "0.5 1 0 0"},
+        {"a byte larger", upTo(32769, plain), "Parameter/Setting: File too large\n", "0.95 5 0 0"},
+        {"as deep as one may be", listOf(4090), "", "0 5 0 0"},
+        {"deeper", listOf(1000000), "Parameter/Setting: File too large\n", "0.95 5 0 0"},
+        {"a list longer than memory", longest, "", "0 5 0 0"},
+        {"groups only", upTo(32768, "").replace(0, 32767, 32767, '['), "", "0.95 5 0 0"},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(printed([&] { load(c.content); }, STDERR_FILENO), c.errors) << c.what;
+        EXPECT_EQ(text(host->m_sysTempSetup), c.setup) << c.what;
+    }
+    write(file, plain);
+    std::filesystem::remove(file);
+    std::filesystem::create_symlink("Setting", file);
+    EXPECT_EQ(printed([&] { host->setSystemTempPara(); }, STDERR_FILENO),
+              "Parameter/Setting: Too many levels of symbolic links\n");
+    EXPECT_EQ(text(host->m_sysTempSetup), "0.95 5 0 0");
+}
+
 TEST_F(Settings, aRewriteOfTheSameSizeIsSeenAtOnce) {
     for (int i = 0; i < 60; ++i) {
         const std::string digit = std::to_string(i % 10);
