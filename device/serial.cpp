@@ -75,9 +75,12 @@ Serial::Serial(FPGA* fpga, const char* path)
     // What an earlier link left unsent is not this one's to send.
     s_command.filled = false;
     const auto body = [](void* self) { return workThread(static_cast<Serial*>(self)); };
-    m_private->started = pthread_create(&m_thread, nullptr, body, this) == 0;
-    if (!m_private->started)
+    const int refused = pthread_create(&m_thread, nullptr, body, this);
+    m_private->started = refused == 0;
+    if (!m_private->started) {
+        errno = refused;
         std::perror("create pthread failed");
+    }
 }
 
 Serial::~Serial() {
@@ -170,7 +173,8 @@ int Serial::set_Parity(int databits, int stopbits, int parity) {
         return refuse("Unsupported stop bits\n");
     }
 
-    clear(attributes.c_iflag, IXON | ICRNL);
+    clear(attributes.c_iflag, IXON | IXOFF | ICRNL);
+    clear(attributes.c_cflag, CRTSCTS); // a line that nobody drives would hold every write
     ::tcflush(m_fd, TCIFLUSH);
     clear(attributes.c_lflag, ICANON | ECHO | ECHOE | ISIG);
     clear(attributes.c_oflag, OPOST);

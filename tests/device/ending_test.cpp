@@ -19,7 +19,7 @@ extern "C" [[gnu::visibility("default")]] int pthread_create(pthread_t* thread,
                                                              void* (*body)(void*),
                                                              void* argument) noexcept {
     if (s_refusals > 0 && s_refusals-- > 0)
-        return errno = EAGAIN;
+        return EAGAIN;
     using Create = int(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*);
     static auto* const next = reinterpret_cast<Create*>(dlsym(RTLD_NEXT, "pthread_create"));
     return next(thread, attributes, body, argument);
