@@ -12,7 +12,8 @@ void serialTest(Serial*) {}
 [[gnu::visibility("default")]] int main(int argc, char** argv) {
     if (argc > 1) {
         unsigned int value = 0;
-        std::sscanf(argv[1], "%x", &value); // NOLINT(cert-err34-c): the value is not used
+        if (argv != nullptr && argv[1] != nullptr)
+            std::sscanf(argv[1], "%x", &value); // NOLINT(cert-err34-c): the value is not used
         ::open("/dev/DM365-FPGA", O_RDWR);
     }
     return 0;
