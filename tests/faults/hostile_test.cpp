@@ -33,16 +33,16 @@ void quietly(Run run) {
 /// Operations of the classes that the façade is made of.
 std::vector<Operation> parts() {
     std::vector<Operation> all;
-    add<&TempHandler::setTempSetup, &TempHandler::getTempSetup, &TempHandler::irAD2Temp,
-        &TempHandler::irTemp2AD, &TempHandler::setHumid, &TempHandler::getDewpoint,
-        &TempHandler::setEnvTemp, &TempHandler::setReflecTemp, &TempHandler::calcTrans,
-        &TempHandler::getTrans, &TempHandler::setTempRangeMinMax, &IRPara::calTemp, &IRPara::calAD,
-        &IRPara::calDeltaAD, &IRPara::calShutterDeltaAD, &IRPara::calSensorDeltaAD,
-        &IRPara::setShutterTemp, &IRPara::setSensorTemp, &IRPara::setLenTemp,
-        &IRPara::setADToTempTab, &IRPara::getADToTempTab, &ISOHandler::setIsoInfo,
-        &ISOHandler::setIsoPosition, &ISOHandler::calIsoColor, &ISOHandler::setIsoPalette,
-        &CalcTrans::getTrans, &CalcTrans::calcH2OTrans, &CalcTrans::calcCO2Trans,
-        &CalcTrans::findOrderTable, &CalcTrans::getDistanceFromLine>(all, Rule::open);
+    add<&TempHandler::setTempSetup, &TempHandler::getTempSetup, &TempHandler::irTemp2AD,
+        &TempHandler::setHumid, &TempHandler::getDewpoint, &TempHandler::setEnvTemp,
+        &TempHandler::setReflecTemp, &TempHandler::calcTrans, &TempHandler::getTrans,
+        &TempHandler::setTempRangeMinMax, &IRPara::calTemp, &IRPara::calAD, &IRPara::calDeltaAD,
+        &IRPara::calShutterDeltaAD, &IRPara::calSensorDeltaAD, &IRPara::setShutterTemp,
+        &IRPara::setSensorTemp, &IRPara::setLenTemp, &IRPara::setADToTempTab,
+        &IRPara::getADToTempTab, &ISOHandler::setIsoInfo, &ISOHandler::setIsoPosition,
+        &ISOHandler::calIsoColor, &ISOHandler::setIsoPalette, &CalcTrans::getTrans,
+        &CalcTrans::calcH2OTrans, &CalcTrans::calcCO2Trans, &CalcTrans::findOrderTable,
+        &CalcTrans::getDistanceFromLine>(all, Rule::open);
     return all;
 }
 

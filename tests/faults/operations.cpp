@@ -86,7 +86,8 @@ std::vector<Operation> listed() {
     with<&S::set_Parity, 8, 1, 'N'>(all, Rule::parity);
     with<&S::set_speed, 38400>(all, Rule::same);
     all.back().name += " twice";
-    add<&S::readData, &S::shutDown, &S::closeSerial, &S::restoreSerial>(all, Rule::same);
+    add<&S::readData>(all, Rule::got);
+    add<&S::shutDown, &S::closeSerial, &S::restoreSerial>(all, Rule::same);
     const auto run = [&](const char* name) {
         return &std::find_if(all.begin(), all.end(), [=](auto& op) {
                     return op.name == name;
@@ -95,8 +96,8 @@ std::vector<Operation> listed() {
     *run("Serial::readData") = [](Host& h) {
         unsigned char bytes[4]{};
         h.camera.coreSends({1, 2, 3, 4}, 0);
-        h.host->getSerial()->readData(bytes, 4);
-        return std::string("none");
+        const int count = h.host->getSerial()->readData(bytes, 4);
+        return joined(count, int{bytes[0]}, int{bytes[3]});
     };
     *run("Serial::shutDown") = [](Host& h) {
         h.camera.corePowerUp();
@@ -159,7 +160,7 @@ std::vector<Operation> listed() {
     all.back().abuse = [](Host& h, Random& random) { // no count above what its buffers hold
         frame(h, static_cast<int>(random() % 8) - 3, static_cast<int>(random() % 8));
     };
-    add<&FPGA::updateDeltaTemp, &FPGA::get_set_lenIndex>(all, Rule::open);
+    add<&FPGA::updateDeltaTemp, &FPGA::get_set_lenIndex, &TempHandler::irAD2Temp>(all, Rule::open);
 
     // What depends on arguments and state.
     const Operation variants[] = {
@@ -174,7 +175,11 @@ std::vector<Operation> listed() {
         {"sensor of generation 0", Rule::open,
          [](Host& h) {
              m_vskTemp = 60;
-             return generation(h, 0, [](Probe& p) { p.updateSensorTemp(true); });
+             return generation(h, 0, [](Probe& p) {
+                 p.setSerialVSK(1875);
+                 irmsim::settle(std::chrono::seconds(1));
+                 p.updateSensorTemp(true);
+             });
          }},
         {"init of generation -1", Rule::open,
          [](Host& h) { return generation(h, -1, [](Probe& p) { p.init(); }); }},
@@ -183,6 +188,7 @@ std::vector<Operation> listed() {
              h.host->freeze_image(true);
              h.host->updateShutterTemp(true);
              h.host->freeze_image(false);
+             h.host->updateShutterTemp(true);
              return joined(h.host->getModifyShutterTemp());
          }},
     };

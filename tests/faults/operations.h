@@ -22,6 +22,7 @@ enum class Rule {
     located, ///< 0 when the first three reads are complete, else -1
     vsk,     ///< 0 when the answer comes, else -1
     parity,  ///< -1 when a terminal call fails
+    got,     ///< the number of bytes that came
     sent,    ///< what its write to the port gives
 };
 
