@@ -246,7 +246,8 @@ TEST(SelfTest, opensTheDeviceWhenGivenAnArgument) {
     serialTest(nullptr);
     EXPECT_EQ(joined(camera.calls().open, camera.calls().total()), "1 1"); // it stays open
     arguments[1] = nullptr;
-    EXPECT_EQ(joined(run(2, arguments), run(2, nullptr), camera.calls().open), "0 0 3");
+    EXPECT_EQ(run(2, arguments) + run(2, nullptr), 0);
+    EXPECT_EQ(camera.calls().open, 3U);
     EXPECT_EQ(camera.calls().openFlags, O_RDWR);
     dlclose(library);
 }
