@@ -3,7 +3,6 @@
 #include "modify.h"
 
 #include <array>
-#include <cmath>
 #include <cstdio>
 #include <unistd.h>
 
@@ -55,15 +54,14 @@ void FPGA::updateModify(int len, int temp) {
     const settings::File file(path.data());
     for (int k = 0; k < irmcore::modifyEntries; ++k) {
         const float factor = file.number(keys()[static_cast<std::size_t>(k)], 0.0);
-        const bool given = factor != 0.0F && !std::isnan(factor);
-        s_modify[k] = given ? factor : 0.0F;
+        const bool given = factor != 0.0F;
+        s_modify[k] = given ? factor : 0.0F; // not -0
         if (!given)
             continue;
         const auto celsius = static_cast<float>(irmcore::modifyTemp(k));
         if (celsius <= m_minModifyTemp)
             m_minModifyTemp = celsius;
-        if (celsius >= m_maxModifyTemp)
-            m_maxModifyTemp = celsius;
+        m_maxModifyTemp = celsius; // they rise from -20
     }
     const float minFactor = file.number(keyOf(m_minModifyTemp), 1.0);
     const float maxFactor = file.number(keyOf(m_maxModifyTemp), 1.0);

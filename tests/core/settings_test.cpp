@@ -119,12 +119,20 @@ Emiss=@Variant(\0\0\0\x9\x7f\xff\xff\xff)
         EXPECT_EQ(printed([&] { load(c.content); }, STDERR_FILENO), c.errors) << c.what;
         EXPECT_EQ(text(host->m_sysTempSetup), c.setup) << c.what;
     }
+    const auto readAgain = [&] {
+        const std::string errors = printed([&] { host->setSystemTempPara(); }, STDERR_FILENO);
+        return text(host->m_sysTempSetup) + errors;
+    };
     write(file, plain);
+    const auto now = std::filesystem::file_time_type::clock::now();
+    std::filesystem::last_write_time(file, now + std::chrono::hours(1)); // the clock was wrong
+    EXPECT_EQ(readAgain(), "0.5 1 0 0");
     std::filesystem::remove(file);
     std::filesystem::create_symlink("Setting", file);
-    EXPECT_EQ(printed([&] { host->setSystemTempPara(); }, STDERR_FILENO),
-              "Parameter/Setting: Too many levels of symbolic links\n");
-    EXPECT_EQ(text(host->m_sysTempSetup), "0.95 5 0 0");
+    EXPECT_EQ(readAgain(), "0.95 5 0 0Parameter/Setting: Too many levels of symbolic links\n");
+    std::filesystem::remove_all("Parameter");
+    write("Parameter", plain);
+    EXPECT_EQ(readAgain(), "0.95 5 0 0");
 }
 
 TEST_F(Settings, aRewriteOfTheSameSizeIsSeenAtOnce) {

@@ -186,6 +186,19 @@ TEST_P(BothPorts, isSetUpRaw) {
     EXPECT_EQ(joined(int{set.c_cc[VTIME]}, int{set.c_cc[VMIN]}), "1 0");
 }
 
+TEST_F(Port, mayBeTheFirstDescriptor) {
+    link = nullptr;
+    const int kept = dup(STDIN_FILENO); // a host may have closed its standard input
+    close(STDIN_FILENO);
+    link = std::make_unique<Link>();
+    unsigned short sum = 9;
+    EXPECT_EQ(joined(link->m_fd, link->readSerialSum(&sum), sum), "0 0 30000");
+    link = nullptr;
+    EXPECT_EQ(fcntl(STDIN_FILENO, F_GETFD), -1); // closed
+    dup2(kept, STDIN_FILENO);
+    close(kept);
+}
+
 TEST_F(Port, knowsFifteenSpeeds) {
     const std::tuple<int, speed_t, unsigned> speeds[] = {
         {115200, B115200, 1}, {38400, B38400, 2}, {19200, B19200, 2}, {9600, B9600, 2},

@@ -87,7 +87,9 @@ TEST(Table, whatNoSegmentHoldsIsOutside) {
                   "L -4001 -4001");
     EXPECT_STREQ(irmcore::tempToTableAd(table({}), 20).status, "L");
     // Neighbours alike: the lower one holds. 25 °C is the same in the table.
-    EXPECT_EQ(text(irmcore::adToTableTemp(table({{25, 1000}, {40, 1000}}), 1000)), "OK 25");
+    const TempInfoTab alike = table({{25, 1000}, {40, 1000}});
+    EXPECT_EQ(text(irmcore::adToTableTemp(alike, 1000)), "OK 25");
+    EXPECT_EQ(irmcore::literal::findTemp(alike, 1000).celsius, 25);
     EXPECT_EQ(irmcore::tempToTableAd(table({{25, 2000}, {25, 3000}, {30, 4000}}), 25).ad, 2000);
     EXPECT_EQ(irmcore::tableDeltaAd(table({{30, 1000}, {40, 2000}}), 10), 0);     // no slope
     EXPECT_EQ(irmcore::tableDeltaAd(table({{0, 30000}, {25, 40000}}), 25), 7232); // its last
