@@ -25,7 +25,7 @@ static_assert(std::numeric_limits<float>::is_iec559);
 
 namespace {
 
-/// Says why a file counts as missing.
+/// Says why a file counts as one without keys.
 void report(const char* path, int error) {
     errno = error;
     std::perror(path);
@@ -64,21 +64,21 @@ QString settled(const char* path) {
     namespace fs = std::filesystem;
     using std::chrono::floor, std::chrono::microseconds;
     constexpr microseconds resolution = 20ms; // time stamps come from a tick of at most 10 ms
-    std::error_code error;
-    const auto written = fs::last_write_time(path, error);
-    if (error == std::errc::no_such_file_or_directory || error == std::errc::not_a_directory)
+    std::error_code error, undated;
+    const fs::file_type type = fs::status(path, error).type();
+    if (type == fs::file_type::not_found)
         return QString::fromUtf8(path);
-    const bool regular = !error && fs::is_regular_file(path, error);
     if (error) {
         report(path, error.value());
         return {};
     }
+    const auto written = fs::last_write_time(path, undated); // none from 2262 on
     // In microseconds the difference of any two times fits.
     const auto age =
         floor<microseconds>(fs::file_time_type::clock::now()) - floor<microseconds>(written);
-    if (age >= 0ms && age < resolution)
+    if (!undated && age >= 0ms && age < resolution)
         QThread::usleep(static_cast<unsigned long>((resolution - age).count()));
-    return regular && readable(path) ? QString::fromUtf8(path) : QString();
+    return type == fs::file_type::regular && readable(path) ? QString::fromUtf8(path) : QString();
 }
 
 /// The low 16 bits of a hexadecimal text.
@@ -90,20 +90,24 @@ unsigned short lowHexadecimal(const QVariant& value) {
 
 File::File(const char* path) : m_settings(settled(path), QSettings::NativeFormat) {}
 
-QVariant File::value(const QString& key, const QVariant& fallback) const {
+template <typename Read, typename Result>
+Result File::orElse(Read read, Result otherwise) const {
     try {
-        return m_settings.value(key, fallback);
+        return read();
     } catch (const std::bad_alloc&) {
-        return fallback;
+        if (!m_tooLong)
+            report(m_settings.fileName().toLocal8Bit().constData(), ENOMEM);
+        m_tooLong = true;
+        return otherwise;
     }
 }
 
+QVariant File::value(const QString& key, const QVariant& fallback) const {
+    return orElse([&] { return m_settings.value(key, fallback); }, fallback);
+}
+
 QStringList File::keys() const {
-    try {
-        return m_settings.allKeys();
-    } catch (const std::bad_alloc&) {
-        return {};
-    }
+    return orElse([&] { return m_settings.allKeys(); }, QStringList());
 }
 
 int File::integer(const QString& key, int fallback) const { return value(key, fallback).toInt(); }

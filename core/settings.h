@@ -9,9 +9,9 @@
 
 /// The configuration files: every group, key and default, once. All paths are relative to the
 /// working directory; a missing file or key is no error and gives the default. A file that
-/// cannot be read or is too large counts as missing that once, and standard error says why; what is
-/// no regular file counts as missing. A value that is there but is no number ("nan" is none) reads
-/// as 0. The library only reads these files.
+/// cannot be read or is too large counts as one without keys that once, and standard error says
+/// why; so does, without a word, what is no regular file. A value that is there but is no number
+/// ("nan" is none) reads as 0. The library only reads these files.
 namespace irmcore::settings {
 
 /// Bytes of a file, at most: ten times the fullest of them. It bounds what QSettings makes of one,
@@ -101,16 +101,21 @@ public:
     unsigned short hexadecimal(const QString& key, const char* fallback) const;
     /// The same; nothing when the key is missing.
     std::optional<unsigned short> hexadecimal(const QString& key) const;
-    /// What the file has for a key. The fallback also where it claims to be a list longer than
-    /// memory: Qt 5 throws then.
+    /// What the file has for a key. A list that claims to be longer than memory makes Qt 5 throw at
+    /// its whole group: that counts as one without keys then, and standard error says so.
     QVariant value(const QString& key, const QVariant& fallback = {}) const;
-    /// The keys of the group and of those within it; none where Qt 5 throws.
+    /// The keys of the group and of those within it; none where Qt 5 throws at any group.
     QStringList keys() const;
     void beginGroup(const char* name) { m_settings.beginGroup(QLatin1String(name)); }
     void endGroup() { m_settings.endGroup(); }
 
 private:
+    /// What `read` gives, or `otherwise` where it throws.
+    template <typename Read, typename Result>
+    Result orElse(Read read, Result otherwise) const;
+
     QSettings m_settings;
+    mutable bool m_tooLong = false; ///< said so
 };
 
 /// The index of the measuring range last chosen.

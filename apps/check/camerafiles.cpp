@@ -148,9 +148,9 @@ FileState stateOf(const QString& path, const char* taken, Findings& findings) {
     }
     if (info.size() > settings::largestFile) {
         findings.push_back({path, 0, Severity::error, "too-large",
-                            QStringLiteral("%1 bytes, of which %2 are too many")
+                            QStringLiteral("%1 bytes; a file is read up to %2")
                                 .arg(info.size())
-                                .arg(info.size() - settings::largestFile),
+                                .arg(settings::largestFile),
                             QString::fromLatin1(taken)});
         return FileState::unusable;
     }
