@@ -173,7 +173,8 @@ int Serial::set_Parity(int databits, int stopbits, int parity) {
         return refuse("Unsupported stop bits\n");
     }
 
-    clear(attributes.c_iflag, IXON | IXOFF | ICRNL);
+    // Nothing holds bytes back or changes them, whatever an earlier user of the port set up.
+    clear(attributes.c_iflag, IXON | IXOFF | ICRNL | INLCR | IGNCR | ISTRIP | PARMRK | BRKINT);
     clear(attributes.c_cflag, CRTSCTS); // a line that nobody drives would hold every write
     ::tcflush(m_fd, TCIFLUSH);
     clear(attributes.c_lflag, ICANON | ECHO | ECHOE | ISIG);

@@ -65,7 +65,8 @@ public:
     /// others change nothing.
     void set_speed(int baud);
     /// `databits` 7 or 8, `stopbits` 1 or 2, `parity` N, O, E or S (space) in either case. Returns
-    /// 0, or -1 when an argument is refused or the port does not take it.
+    /// 0, or -1 when an argument is refused or the port does not take it. Flow control and all that
+    /// changes bytes on the way are off then, whatever an earlier user of the port left.
     int set_Parity(int databits, int stopbits, int parity);
     /// Builds the frame of a command to be sent. Returns its length, or 0 with nothing built when
     /// the payload is longer than 122 bytes.

@@ -181,7 +181,7 @@ TEST_P(BothPorts, isSetUpRaw) {
     EXPECT_EQ(joined(cfgetispeed(&set) == B115200, cfgetospeed(&set) == B115200), "1 1");
     EXPECT_EQ(set.c_cflag & (CSIZE | PARENB | CSTOPB | CLOCAL | CREAD),
               tcflag_t{CS8 | CLOCAL | CREAD});
-    EXPECT_EQ(set.c_iflag & (IXON | IXOFF | ICRNL | INPCK), 0U);
+    EXPECT_EQ(set.c_iflag & (IXON | ICRNL | INPCK), 0U);
     EXPECT_EQ((set.c_lflag & (ICANON | ECHO | ECHOE | ISIG)) + (set.c_oflag & OPOST), 0U);
     EXPECT_EQ(joined(int{set.c_cc[VTIME]}, int{set.c_cc[VMIN]}), "1 0");
 }
@@ -222,7 +222,7 @@ TEST_F(Port, knowsFifteenSpeeds) {
 TEST_F(Port, knowsTwoSizesFourParitiesTwoStops) {
     termios before{};
     before.c_cflag = CS6 | PARENB | PARODD | CSTOPB | CRTSCTS;
-    before.c_iflag = INPCK | IXON | IXOFF | ICRNL;
+    before.c_iflag = INPCK | IXON | IXOFF | ICRNL | INLCR | IGNCR | ISTRIP | PARMRK | BRKINT;
     const struct {
         int size, stop, parity;
         const char* result;
