@@ -115,8 +115,17 @@ std::multiset<std::string> linesOf(const std::string& text) {
 
 /// Descriptors and threads.
 std::pair<long, long> left() { return {entriesOf("/proc/self/fd"), entriesOf("/proc/self/task")}; }
-/// A remark of the worker on its lock holds a descriptor for a moment.
-std::pair<long, long> leftAtRest() { return std::min({left(), left(), left()}); }
+/// A remark of the worker on its lock holds a descriptor for a moment, and a thread that has been
+/// joined is still listed for one.
+std::pair<long, long> leftAtRest() {
+    auto least = left();
+    for (int i = 0; i < 5; ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        const auto now = left();
+        least = {std::min(least.first, now.first), std::min(least.second, now.second)};
+    }
+    return least;
+}
 
 /// What came of running an operation.
 struct Came {
@@ -196,7 +205,7 @@ struct Faults : Host {
         if (link)
             came.frame = lastFrame();
         if (link && host) // what a fault has left in the port
-            tcflush(Descriptor::of(*host->getSerial()), TCIFLUSH);
+            tcflush(host->getSerial()->*&Link::m_fd, TCIFLUSH);
         return came;
     }
     /// Of commands in a row only the last is certain to arrive.
@@ -204,9 +213,6 @@ struct Faults : Host {
         const std::string all = frames(camera);
         return all.substr(all.rfind(' ') + 1);
     }
-    struct Descriptor : Serial {
-        static int of(const Serial& link) { return link.*(&Descriptor::m_fd); }
-    };
     /// What `op` gives after faults, by its rule; nothing if that cannot be foretold.
     static std::optional<std::string> foretold(const Operation& op, const Came& clean,
                                                const Watch& seen) {
@@ -292,16 +298,22 @@ TEST(Operations, areAllThatTheLibraryExports) {
         "FPGABottom::~FPGABottom", // run with their constructors
         "Serial::~Serial",         //
         "Serial::workThread",      // runs behind every command, as long as the link
-        "main",                    // opens the device, to nobody's use
+        "readSpotTemp",
+        "serialTest", // do nothing
     };
+    // They make no C call, but for one that reads a register, and for those of the lock.
+    const char* const pure[] = {
+        "CalcTrans::", "IRPara::", "ISOHandler::", "Mutex::", "TempHandler::"};
     std::multiset<std::string> exported, listed;
     std::ifstream file(EXPORTS);
     for (std::string line; std::getline(file, line);) {
         const std::string name = line.substr(0, line.find('('));
-        for (const char* of :
-             {"FPGA::", "FPGABottom::", "Serial::", "TempHandler::irAD2Temp", "main"})
-            if (name.rfind(of, 0) == 0 && elsewhere.count(name) == 0)
-                exported.insert(name);
+        const bool function = name != line;
+        const bool calls = name == "TempHandler::irAD2Temp" ||
+                           std::none_of(std::begin(pure), std::end(pure),
+                                        [&](const char* of) { return name.rfind(of, 0) == 0; });
+        if (function && calls && elsewhere.count(name) == 0)
+            exported.insert(name);
     }
     for (const Operation& op : operations())
         if (op.name.find(' ') == std::string::npos)

@@ -94,10 +94,11 @@ std::vector<Operation> listed() {
                 })->run;
     };
     *run("Serial::readData") = [](Host& h) {
-        unsigned char bytes[4]{};
+        unsigned char bytes[] = {7, 7, 7, 7};
         h.camera.coreSends({1, 2, 3, 4}, 0);
         const int count = h.host->getSerial()->readData(bytes, 4);
-        return joined(count, int{bytes[0]}, int{bytes[3]});
+        const unsigned char* received = h.host->getSerial()->*&Link::m_recvBuf;
+        return joined(count, int{bytes[0]}, int{bytes[3]}, int{received[3]});
     };
     *run("Serial::shutDown") = [](Host& h) {
         h.camera.corePowerUp();

@@ -222,7 +222,7 @@ void with(std::vector<Operation>& all, Rule rule) {
                    &decltype(taken<Op>(Op))::abuse});
 }
 
-/// All that the three classes export, each once; what follows has a name with a blank in it.
+/// All that is exported and makes C calls, each once; what follows has a name with a blank in it.
 const std::vector<Operation>& operations();
 
 } // namespace irmtest
