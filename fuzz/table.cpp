@@ -92,9 +92,10 @@ std::uint64_t irmfuzz::execute(const std::uint8_t* data, std::size_t size) {
         require(host.setSystemAdToTempTab(0, 0) == 0, "a table is loaded");
         const TempInfoTab& loaded = host.m_tempInfoTab;
         const bool fallback = loaded.tempNum == 0 && loaded.maxAD == 0xFFFF && loaded.minAD == 0;
-        // Which of two groups of one name QSettings finds, with a backslash in one of them, depends
-        // on what has been asked for before.
-        const bool settled = std::memchr(data, '\\', size) == nullptr;
+        // Which of two groups of one name QSettings finds, with a slash of either kind in one of
+        // them, depends on what has been asked for before.
+        const bool settled =
+            std::none_of(data, data + size, [](std::uint8_t c) { return c == '\\' || c == '/'; });
         require(fallback || !settled || std::memcmp(&loaded, &tab, sizeof tab) == 0,
                 "the table is that of the file, or of its fallback");
     } else {
