@@ -95,7 +95,7 @@ TEST_F(Settings, aSetupThatIsOnlyReadIsNotApplied) {
 }
 
 TEST_F(Settings, aFileThatCannotBeTakenCountsAsMissing) {
-    const auto upTo = [](std::size_t bytes, std::string text) {
+    const auto upTo = [](std::size_t bytes, const std::string& text) {
         return text + std::string(bytes - text.size(), ';');
     };
     const std::string plain = "[GlobalPara]\nEmiss=0.5\nDistan=1\n";
