@@ -18,7 +18,8 @@ namespace irmbench {
 /// The façade with its configuration files read word for word: the text of every key is made when
 /// it is looked up, every look-up asks QSettings, and a table file is opened once to see whether it
 /// is a table and once to read it. The yardstick for the library's own reading, with the same
-/// results (for files of any size) and the same printed text (but for the source's name and lines).
+/// results, for files that the library takes, and the same printed text (but for the source's name
+/// and lines).
 class LiteralConfig : public FPGA {
 public:
     using FPGA::m_irPara, FPGA::m_modifyShutterTemp, FPGA::m_tempInfoTab, FPGA::m_tempRange;

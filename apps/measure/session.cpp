@@ -3,6 +3,7 @@
 #include "storedsettings.h"
 
 #include "../../core/range.h"
+#include "../../core/settings.h"
 #include "../../sim/cameradir.h"
 #include "../commands.h"
 
@@ -58,7 +59,7 @@ bool Session::prepare(QString& error) {
     if (m_plan.real)
         return true;
     camera.surroundings = truthOf(m_plan.parameters);
-    camera.range = m_plan.range.value_or(storedRange() == 0 ? 0 : 1);
+    camera.range = m_plan.range.value_or(settings::storedTempRange() == 0 ? 0 : 1);
     m_camera = std::make_unique<irmsim::Camera>();
     std::string why;
     if (!irmsim::setUp(*m_camera, camera, why) || !m_camera->install()) {
@@ -80,7 +81,7 @@ bool Session::usableTable(QString& error) {
     error = QStringLiteral("no usable calibration table below %1 for lens %2 in range %3")
                 .arg(QDir::currentPath() + QStringLiteral("/etc"))
                 .arg(m_host->getLenIndex())
-                .arg(m_plan.range.value_or(storedRange()));
+                .arg(m_plan.range.value_or(settings::storedTempRange()));
     return false;
 }
 
@@ -98,12 +99,12 @@ bool Session::start(QString& error) {
     else if (m_host->getSerialVSK(&vsk) != 0) // a query: up to 20 s
         error = QStringLiteral("the detector core does not answer; without its calibrations "
                                "readings are wrong");
-    else if (m_plan.range.value_or(storedRange()) == storedRange())
+    else if (m_plan.range.value_or(settings::storedTempRange()) == settings::storedTempRange())
         usableTable(error);
     if (error.isEmpty()) {
         m_host->init();
         m_driver->start();
-        if (m_plan.range && *m_plan.range != storedRange()) {
+        if (m_plan.range && *m_plan.range != settings::storedTempRange()) {
             changeRange(*m_plan.range);
             usableTable(error);
         }

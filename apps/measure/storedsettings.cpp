@@ -13,8 +13,6 @@ struct Settings : settings::File {
 
 } // namespace
 
-int storedRange() { return settings::storedTempRange(); }
-
 unsigned short storedIntTime(int range) {
     const int intTime =
         Settings(settings::calibrationGroup)

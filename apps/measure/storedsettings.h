@@ -2,12 +2,9 @@
 
 #include "plan.h"
 
-/// What "Parameter/Setting" below the working directory says now; the library's own reader is not
-/// a host's to use.
+/// What "Parameter/Setting" below the working directory says now.
 namespace irmcore::app::measuring {
 
-/// The range that the camera starts in.
-int storedRange();
 /// The core's raw integration time for a range.
 unsigned short storedIntTime(int range);
 /// Object and air, but for what was given.

@@ -1,6 +1,7 @@
 #include "rounds.h"
 
 #include "../../core/range.h"
+#include "../../core/settings.h"
 #include "../measure/storedsettings.h"
 
 #include <cmath>
@@ -42,7 +43,7 @@ Inside insideOf(FPGA& host) {
 Rounds::Rounds(FPGA& host, std::function<double()> clock)
     : m_host(host), m_clock(std::move(clock)), m_driver(host, m_clock, app::Habits{}),
       m_core(*host.getSerial()), m_frozen(host.fpga_get_freeze_status() != 0),
-      m_range(app::measuring::storedRange()), m_lens(host.getLenIndex()),
+      m_range(settings::storedTempRange()), m_lens(host.getLenIndex()),
       m_usable(host.checkBiaoDingTab() == 0) {}
 
 void Rounds::start() {

@@ -1,6 +1,7 @@
 #include "session.h"
 
 #include "../../core/range.h"
+#include "../../core/settings.h"
 #include "../../sim/cameradir.h"
 #include "../measure/storedsettings.h"
 
@@ -191,7 +192,7 @@ void Session::takeOwn() {
         Parameters{truth.emissivity,    truth.distance,
                    truth.humidity,      truth.envTemp,
                    truth.reflectedTemp, static_cast<double>(m_host->getSystemTempSetup().offset)};
-    m_last.ownRange = app::measuring::storedRange();
+    m_last.ownRange = settings::storedTempRange();
     wish(m_wishes);
 }
 

@@ -294,13 +294,10 @@ struct Faults : Host {
 
 TEST(Operations, areAllThatTheLibraryExports) {
     const std::set<std::string> elsewhere{
-        "FPGA::~FPGA",
-        "FPGABottom::~FPGABottom", // run with their constructors
-        "Serial::~Serial",         //
-        "Serial::workThread",      // runs behind every command, as long as the link
-        "readSpotTemp",
-        "serialTest", // do nothing
-    };
+        // Run with their constructors; runs behind every command, as long as the link; do nothing.
+        "FPGA::~FPGA",     "FPGABottom::~FPGABottom",
+        "Serial::~Serial", "Serial::workThread",
+        "readSpotTemp",    "serialTest"};
     // They make no C call, but for one that reads a register, and for those of the lock.
     const char* const pure[] = {
         "CalcTrans::", "IRPara::", "ISOHandler::", "Mutex::", "TempHandler::"};
