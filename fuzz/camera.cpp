@@ -189,9 +189,14 @@ void Fixture::reset() {
     static const std::array<std::uint8_t, 0x4000> blank{}; // all that the board keeps
     camera.board().write(0, blank.data(), blank.size());
     camera.board().restartFrame();
-    line.replies.clear();
-    line.anyBytes = false;
-    std::fill_n(host.link->m_recvBuf, irmcore::frame::bufferBytes, std::uint8_t{0});
+    {
+        // The link's worker may still be sending what the last execution left to it.
+        const std::lock_guard<Mutex> settled(host.link->m_mutex);
+        const std::lock_guard<std::mutex> hold(irmsim::cameraLock());
+        line.replies.clear();
+        line.anyBytes = false;
+        std::fill_n(host.link->m_recvBuf, irmcore::frame::bufferBytes, std::uint8_t{0});
+    }
     std::uint8_t byte = 0;
     host.readData(0, &byte, 1); // a seek that fails leaves the position, here the same one
     host.take(m_start);
