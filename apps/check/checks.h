@@ -4,6 +4,7 @@
 #include "camerafiles.h"
 
 #include <map>
+#include <optional>
 #include <vector>
 
 /// What `irmcore check` looks at. The camera directory is the working directory, and `host` runs

@@ -3,6 +3,7 @@
 #include "support/link.h"
 
 #include <array>
+#include <cstring>
 #include <limits>
 #include <random>
 #include <string_view>
