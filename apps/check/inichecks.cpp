@@ -39,7 +39,7 @@ bool Ini::checkFormat() {
     }
     if (m_lines.byteOrderMark)
         add(1, Severity::note, "byte-order-mark",
-            QStringLiteral("the file begins with a byte order mark, which is passed over"));
+            QStringLiteral("the file begins with a byte order mark"));
     if (m_lines.carriageReturn)
         add(1, Severity::note, "carriage-return",
             QStringLiteral("lines end with a carriage return"));

@@ -95,7 +95,9 @@ TEST(Check, linesAreThoseOfQSettings) {
         {"[G]\na=1\na=2\n[H]\na=3\n[G]\na=4\n", "G/a:2 G/a:3 H/a:5 G/a:7"},
         {"a=1\r\n[G]\r\nb=2\rc=3\n", "a:1 G/b:3 G/c:4"},
         {"\xEF\xBB\xBF[G]\na=1\n", "G/a:2"},
+#if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0) // Qt 5 takes the line's end into the key
         {"a=1\n\\\n=2\nb=3", "a:1 /:2-3 b:4"},
+#endif
         {"", ""},
     };
     Place place;

@@ -123,7 +123,7 @@ FAULTS = [
     (add(S, 'Humid="\n\033[0m'), (S, 16, W, "duplicate-key", '\n\033[0m'), (S, 18, E, "joined-lines", None)),
     (put(S, "Humid=0.6\nReflec=25\n", "Humid=0.6 \\\nReflec=25\n"),
      (S, 16, E, "joined-lines", "0.6 Reflec=25")),
-    (whole(S, lambda old: b"\xef\xbb\xbf" + old), (S, 1, N, "byte-order-mark", None)),
+    (whole(T, lambda old: b"\xef\xbb\xbf" + old), (T, 1, N, "byte-order-mark", None)),
     (whole(S, lambda old: old.replace(b"\n", b"\r\n")), (S, 1, N, "carriage-return", None)),
     (whole(S, lambda old: old.decode().encode("utf-16")), (S, None, E, "encoding", "a file without keys")),
     (put(S, "VSKTemp=40\nVSKValue_Range0", "BiaoDing\\IntTime1=1\nVSKValue_Range0"),

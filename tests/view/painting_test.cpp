@@ -169,9 +169,9 @@ TEST_F(Painting, MarksTheHottestAndTheColdest) {
     EXPECT_EQ(marked.pixel(at({120, 90})), 0xFFFF6050);
     EXPECT_EQ(marked.pixel(at({30, 20})), 0xFF6EBEFF);
     // One stands on its broad side, the other on its point.
-    EXPECT_EQ(marked.pixel(at({120, 90}) + QPoint(-3, 3)), 0xFFFF6050);
+    EXPECT_EQ(marked.pixel(at({120, 90}) + QPoint(-2, 2)), 0xFFFF6050);
     EXPECT_NE(marked.pixel(at({120, 90}) + QPoint(-5, -5)), 0xFFFF6050);
-    EXPECT_EQ(marked.pixel(at({30, 20}) + QPoint(-3, -3)), 0xFF6EBEFF);
+    EXPECT_EQ(marked.pixel(at({30, 20}) + QPoint(-2, -2)), 0xFF6EBEFF);
     EXPECT_NE(marked.pixel(at({30, 20}) + QPoint(-5, 5)), 0xFF6EBEFF);
     EXPECT_EQ(different(marked, without, at({30, 90}), 30), 0);
     // What did not come, or lies beside the frame, has no mark.

@@ -3,6 +3,8 @@
 #include "apps/view/window/mainwindow.h"
 #include "objects.h"
 
+#include <QCoreApplication>
+#include <QMouseEvent>
 #include <QTest>
 
 #include <cmath>
@@ -55,8 +57,8 @@ protected:
     /// Presses the button at one pixel of the frame and lets it go at another.
     void drag(Pixel from, Pixel to) {
         QTest::mousePress(&picture(), Qt::LeftButton, {}, at(from.x, from.y));
-        QTest::mouseMove(&picture(), at((from.x + to.x) / 2, (from.y + to.y) / 2));
-        QTest::mouseMove(&picture(), at(to.x, to.y));
+        move(at((from.x + to.x) / 2, (from.y + to.y) / 2));
+        move(at(to.x, to.y));
         QTest::mouseRelease(&picture(), Qt::LeftButton, {}, at(to.x, to.y));
     }
     int place(MouseMode mode, Pixel from, Pixel to) {
@@ -66,6 +68,14 @@ protected:
     }
 
     std::unique_ptr<MainWindow> m_window;
+
+private:
+    /// With the button held: Qt 5's own test function moves the pointer, without one.
+    void move(QPoint to) {
+        QMouseEvent event(QEvent::MouseMove, to, to, picture().mapToGlobal(to), Qt::NoButton,
+                          Qt::LeftButton, {});
+        QCoreApplication::sendEvent(&picture(), &event);
+    }
 };
 
 } // namespace irmcore::view::testing

@@ -29,13 +29,16 @@ void Labels::beside(const QRectF& what, const QString& text, const QColor& colou
     const QSizeF size = sizeOf(text);
     const double middleX = what.center().x() - size.width() / 2.0;
     const double middleY = what.center().y() - size.height() / 2.0;
+    // Clear of those at the sides too, which may be higher than what they tell of.
+    const double over = std::min(what.top(), middleY) - gap - size.height();
+    const double under = std::max(what.bottom(), middleY + size.height()) + gap;
     put({{what.right() + gap, middleY},
          {what.left() - gap - size.width(), middleY},
-         {middleX, what.top() - gap - size.height()},
-         {middleX, what.bottom() + gap},
-         {what.right() + gap, what.top() - gap - size.height()},
-         {what.right() + gap, what.bottom() + gap},
-         {what.left() - gap - size.width(), what.bottom() + gap}},
+         {middleX, over},
+         {middleX, under},
+         {what.right() + gap, over},
+         {what.right() + gap, under},
+         {what.left() - gap - size.width(), under}},
         size, text, colour);
 }
 
